@@ -1,0 +1,31 @@
+// The containers the codec shares: counted rings, the integer map and the string dictionary.
+#pragma once
+
+#include "context.h"
+
+// Counted list operations; a box's payload follows its links.
+void gls_list_append(GlsList *list, GlsBox *box);
+void gls_list_prepend(GlsList *list, GlsBox *box);
+void gls_list_remove(GlsList *list, GlsBox *box);
+GlsBox *gls_list_at(const GlsList *list, int index);
+
+struct GlsIntMapNode {
+    GlsIntMapNode *next;
+    GlsIntMapNode *prev;
+    int64_t key;
+    void *value;
+};
+
+struct GlsIntMap {
+    int count;
+    GlsIntMapNode **buckets;
+    uint32_t mask;
+};
+
+// A requested size below 1 is refused (null).
+GlsIntMap *gls_intmap_create(int size);
+void gls_intmap_delete(GlsIntMap *map);
+// Returns false when the key is already there or memory runs out.
+bool gls_intmap_insert(GlsIntMap *map, int64_t key, void *value);
+void *gls_intmap_find(const GlsIntMap *map, int64_t key);
+bool gls_intmap_remove(GlsIntMap *map, int64_t key);

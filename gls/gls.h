@@ -1,0 +1,66 @@
+// The codec's client interface. Every operation works on the calling thread's context; failures
+// go to the thread's error word, read by glsGetError.
+#pragma once
+
+#include "gls_types.h"
+#include "context.h"
+
+// Process start-up and shut-down of the codec (called by the library's load notification).
+bool gls_process_attach();
+void gls_process_detach();
+
+// Error word.
+void gls_set_error(GLSenum error);
+GLSenum glsGetError();
+
+// Allocation through the codec's allocator: a failure sets GLS_RESOURCE_ERROR.
+void *gls_malloc(size_t size);
+void *gls_calloc(size_t size);
+void gls_free(void *block);
+
+// Context management.
+GLuint glsGenContext();
+void glsContext(GLuint id);
+void glsDeleteContext(GLuint id);
+GLuint *glsGetAllContexts();
+GLuint glsGetCurrentContext();
+GLboolean glsIsContext(GLuint id);
+
+// Capture control.
+GLboolean glsBeginCapture(const GLubyte *name, GLSenum type, GLbitfield writeFlags);
+void glsEndCapture();
+void glsFlush();
+void glsCaptureFlags(GLSopcode opcode, GLbitfield flags);
+GLbitfield glsGetCaptureFlags(GLSopcode opcode);
+void glsEnable(GLSenum attrib);
+void glsDisable(GLSenum attrib);
+GLboolean glsIsEnabled(GLSenum attrib);
+void glsCommandFunc(GLSenum target, GLSopcode opcode, GlsFunc func);
+GlsFunc glsGetCommandFunc(GLSenum target, GLSopcode opcode);
+void glsCaptureFunc(GLSenum target, GlsCaptureFunc func);
+void glsDataPointer(void *pointer);
+void glsChannel(GLSenum target, FILE *channel);
+void glsReadFunc(GlsReadFunc func);
+void glsWriteFunc(GlsWriteFunc func);
+void glsStringType(GLSenum type);
+void glsPrependReadPrefix(const GLubyte *prefix);
+void glsRemoveReadPrefix(GLuint index);
+void glsWritePrefix(const GLubyte *prefix);
+void glsResetWriterAlignment();
+
+// Recomputes defaultDispatch, callDispatch and decodeDispatch of a context.
+void gls_update_dispatch(GlsContext *ctx);
+// Resets the cached facts about the GL context.
+void gls_reset_gl_info(GlsContext *ctx);
+// Puts the stream header back to its start values.
+void gls_reset_header(GlsHeader *header);
+
+// The guard around a GL call that the codec makes itself.
+inline int enterDirectCall(GlsContext *ctx, GLSopcode) { ++ctx->directCallDepth; return 0; }
+inline void leaveDirectCall(GlsContext *ctx, GLSopcode, int) { --ctx->directCallDepth; }
+
+// Seams to the parts of the codec that execute streams and vertex data.
+bool gls_extension_supported(const char *name);
+bool gls_version_supported(GLSenum api, GLint major, GLint minor);
+GLSenum gls_call_stream(const GLubyte *name);
+void gls_draw_vertex_array(GLenum mode, GLenum format, GLint count, const GLvoid *data);

@@ -1,0 +1,36 @@
+// The codec's thin seam to the platform: one process-wide lock, thread-local words, and the
+// opening of the real GL library. Everything else in gls/ is plain C++ and builds anywhere.
+#pragma once
+
+#include "gls_types.h"
+
+#if defined(_WIN32)
+#  ifndef WIN32_LEAN_AND_MEAN
+#    define WIN32_LEAN_AND_MEAN
+#  endif
+#  include <windows.h>
+typedef DWORD GlsTlsIndex;
+#  define GLS_TLS_INVALID TLS_OUT_OF_INDEXES
+// TlsGetValue: C++ thread_local is emulated under mingw and too slow for the per-call path.
+inline void *gls_tls_get(GlsTlsIndex index) { return TlsGetValue(index); }
+inline void gls_tls_set(GlsTlsIndex index, void *value) { TlsSetValue(index, value); }
+#else
+#  include <pthread.h>
+typedef pthread_key_t GlsTlsIndex;
+#  define GLS_TLS_INVALID ((pthread_key_t)-1)
+inline void *gls_tls_get(GlsTlsIndex index) { return pthread_getspecific(index); }
+inline void gls_tls_set(GlsTlsIndex index, void *value) { pthread_setspecific(index, value); }
+#endif
+
+bool gls_tls_alloc(GlsTlsIndex *index);
+void gls_tls_free(GlsTlsIndex index);
+
+void gls_lock_init();
+void gls_lock_enter();
+void gls_lock_leave();
+void gls_lock_delete();
+
+// Opens the real GL library and binds one name; a module of 0 means the library was not found.
+// The module stays loaded for the life of the process.
+void *gls_platform_open_gl(char *path_out, size_t path_size);
+GlsFunc gls_platform_lookup(void *module, const char *name);

@@ -1,0 +1,25 @@
+// The per-opcode tables. The constant ones are generated from the table of signatures; the
+// default dispatch, decode and swap tables are filled at process attach.
+#pragma once
+
+#include "gls_types.h"
+
+extern const char *const gls_opcode_names[GLS_OPCODE_COUNT];
+extern const uint8_t gls_attributes[GLS_OPCODE_COUNT];
+extern const GlsFunc gls_null_funcs[GLS_OPCODE_COUNT];
+extern const GlsFunc gls_forwarders[GLS_OPCODE_COUNT];
+extern const GlsFunc gls_default_capture[GLS_OPCODE_COUNT];
+// GL commands bound in the real library, ending with a row 0.
+extern const int32_t gls_bind_list[];
+
+extern GlsFunc gls_default_dispatch[GLS_OPCODE_COUNT];
+extern GlsFunc gls_decode_table[GLS_OPCODE_COUNT];
+extern GlsFunc gls_swap_table[GLS_OPCODE_COUNT];
+
+// The do-nothing stub of decodeDispatch while abortCall is set.
+void gls_abort_stub(void *);
+
+inline bool gls_opcode_exists(int opcode)
+{
+    return opcode >= 0 && opcode < GLS_OPCODE_COUNT && gls_opcode_names[opcode] != nullptr;
+}

@@ -1,0 +1,147 @@
+// The output encoder: a record of 63 function slots, filled per stream form, and the buffer
+// state behind them.
+#pragma once
+
+#include "context.h"
+
+struct GlsWriter;
+struct GlsOutStream;
+struct GlsContextStream;
+
+typedef GLboolean (*GlsPadSlot)(GlsWriter *, GLuint parity);
+typedef GLboolean (*GlsAllocateSlot)(GlsWriter *, size_t size);
+typedef GLboolean (*GlsBeginCommandSlot)(GlsWriter *, GLSopcode opcode, size_t size);
+typedef void (*GlsVoidSlot)(GlsWriter *);
+typedef void (*GlsStringSlot)(GlsWriter *, GLuint fieldSize, const GLubyte *string);
+typedef void (*GlsBitfieldSlot)(GlsWriter *, GLbitfield value);
+typedef void (*GlsEnumSlot)(GlsWriter *, GLenum value);
+typedef void (*GlsIntSlot)(GlsWriter *, GLint value);
+typedef void (*GlsUintSlot)(GlsWriter *, GLuint value);
+typedef void (*GlsLongSlot)(GlsWriter *, GLlong value);
+typedef void (*GlsUlongSlot)(GlsWriter *, GLulong value);
+typedef void (*GlsFloatSlot)(GlsWriter *, GLfloat value);
+typedef void (*GlsDoubleSlot)(GlsWriter *, GLdouble value);
+typedef void (*GlsBooleanSlot)(GlsWriter *, GLboolean value);
+typedef void (*GlsByteSlot)(GlsWriter *, GLbyte value);
+typedef void (*GlsUbyteSlot)(GlsWriter *, GLubyte value);
+typedef void (*GlsShortSlot)(GlsWriter *, GLshort value);
+typedef void (*GlsUshortSlot)(GlsWriter *, GLushort value);
+typedef void (*GlsVectorSlot)(GlsWriter *, GLuint count, const void *data);
+typedef void (*GlsImageSlot)(GlsWriter *, GLboolean swapBytes, GLuint elementsPerRow,
+                             GLuint rowGap, GLuint rows, GLuint imageGap, GLuint images,
+                             GLuint volumeGap, GLuint volumes, const void *data);
+typedef void (*GlsFloatByEnumSlot)(GlsWriter *, GLenum pname, GLfloat value);
+typedef void (*GlsDoubleByEnumSlot)(GlsWriter *, GLenum pname, GLdouble value);
+typedef void (*GlsIntByEnumSlot)(GlsWriter *, GLenum pname, GLint value);
+typedef void (*GlsVectorByEnumSlot)(GlsWriter *, GLenum pname, GLuint count, const void *data);
+typedef void (*GlsMatrixSlot)(GlsWriter *, const void *matrix);
+typedef void (*GlsBitmapSlot)(GlsWriter *, GLboolean lsbFirst, GLuint firstBit,
+                              GLuint bitsPerRow, GLuint gapBits, GLuint rows, const GLubyte *data);
+typedef void (*GlsOutArgSlot)(GlsWriter *, GLuint index, const GLvoid *pointer);
+typedef void (*GlsVertexDataSlot)(GlsWriter *, GLenum format, GLuint size, const GLvoid *data);
+typedef void (*GlsPointerSlot)(GlsWriter *, const GLvoid *pointer);
+typedef void (*GlsNothingSlot)(GlsWriter *, GLuint size);
+
+struct GlsWriter {
+    GlsPadSlot padToDouble;                        // 0
+    GlsAllocateSlot allocate;                      // 1
+    GlsBeginCommandSlot beginCommand;              // 2
+    GlsVoidSlot endCommand;                        // 3
+    GlsVoidSlot nextList;                          // 4
+    GlsStringSlot putString;                       // 5
+    GlsIntSlot putGLSenum;                         // 6
+    GlsBitfieldSlot putGLSimageFlags;              // 7
+    GlsLongSlot putGLlong;                         // 8
+    GlsUlongSlot putGLulongHex;                    // 9
+    GlsVectorSlot putGLlongVector;                 // 10
+    GlsIntSlot putGLSopcode;                       // 11
+    GlsBitfieldSlot putGLattribMask;               // 12
+    GlsBitmapSlot putGLbitmap;                     // 13
+    GlsEnumSlot putGLblendFactor;                  // 14
+    GlsBooleanSlot putGLboolean;                   // 15
+    GlsVectorSlot putGLbooleanVector;              // 16
+    GlsImageSlot putGLbooleanImage;                // 17
+    GlsByteSlot putGLbyte;                         // 18
+    GlsVectorSlot putGLbyteVector;                 // 19
+    GlsImageSlot putGLbyteImage;                   // 20
+    GlsBitfieldSlot putGLclearMask;                // 21
+    GlsBitfieldSlot putGLclientAttribMask;         // 22
+    GlsDoubleSlot putGLdouble;                     // 23
+    GlsDoubleByEnumSlot putGLdoubleByEnum;         // 24
+    GlsVectorByEnumSlot putGLdoubleVectorByEnum;   // 25
+    GlsMatrixSlot putGLdoubleMatrix;               // 26
+    GlsVectorSlot putGLdoubleVector;               // 27
+    GlsImageSlot putGLdoubleImage;                 // 28
+    GlsEnumSlot putGLdrawBuffer;                   // 29
+    GlsEnumSlot putGLenum;                         // 30
+    GlsFloatSlot putGLfloat;                       // 31
+    GlsFloatByEnumSlot putGLfloatByEnum;           // 32
+    GlsVectorByEnumSlot putGLfloatVectorByEnum;    // 33
+    GlsMatrixSlot putGLfloatMatrix;                // 34
+    GlsVectorSlot putGLfloatVector;                // 35
+    GlsImageSlot putGLfloatImage;                  // 36
+    GlsIntSlot putGLint;                           // 37
+    GlsIntByEnumSlot putGLintHeader;               // 38
+    GlsIntByEnumSlot putGLintByEnum;               // 39
+    GlsVectorByEnumSlot putGLintVectorByEnum;      // 40
+    GlsVectorSlot putGLintVector;                  // 41
+    GlsImageSlot putGLintImage;                    // 42
+    GlsOutArgSlot putGLoutArg;                     // 43
+    GlsShortSlot putGLshort;                       // 44
+    GlsVectorSlot putGLshortVector;                // 45
+    GlsImageSlot putGLshortImage;                  // 46
+    GlsEnumSlot putGLstencilOp;                    // 47
+    GlsIntSlot putGLtextureComponents;             // 48
+    GlsUbyteSlot putGLubyte;                       // 49
+    GlsVectorSlot putGLubyteVector;                // 50
+    GlsImageSlot putGLubyteImage;                  // 51
+    GlsUintSlot putGLuint;                         // 52
+    GlsUintSlot putGLuintHex;                      // 53
+    GlsVectorSlot putGLuintVector;                 // 54
+    GlsImageSlot putGLuintImage;                   // 55
+    GlsUshortSlot putGLushort;                     // 56
+    GlsUshortSlot putGLushortHex;                  // 57
+    GlsVectorSlot putGLushortVector;               // 58
+    GlsImageSlot putGLushortImage;                 // 59
+    GlsVertexDataSlot putGLvertexData;             // 60
+    GlsPointerSlot putGLpointer;                   // 61
+    GlsNothingSlot putGLnothing;                   // 62
+
+    int32_t wordParity;
+    uint8_t *writePos;
+    uint8_t *writeLimit;
+    GLSopcode opcode;
+    uint8_t *commandEnd;
+    GlsContextStream *contextStream;
+    int32_t failed;
+    uint8_t *bufferBase;
+    uint8_t *flushStart;
+    GlsOutStream *stream;
+    int argCount;
+    uint8_t *commandStart;
+    int type;
+    int writeFlags;
+};
+
+enum : int {
+    GLS_WRITE_BUFFER_SIZE = 16384,
+    GLS_WRITE_RESERVE = 256,
+    GLS_WRITE_APPEND = 1,
+    GLS_WRITE_NO_FRAME = 2,
+};
+
+// Writer life: creation by stream type, flush, and closing (which writes glsEndGLS unless the
+// writer has no frame).
+GlsWriter *gls_create_writer(GlsContext *ctx, const GLubyte *name, GLSenum type, GLbitfield writeFlags);
+GLboolean gls_flush_writer(GlsWriter *writer);
+void gls_delete_writer(GlsWriter *writer);
+// glsFlush's extra step: the C flush of a file stream.
+void gls_flush_stream_file(GlsWriter *writer);
+
+// The per-context stream state: read prefixes, write prefix and context streams.
+void gls_streams_init(GlsContext *ctx);
+void gls_streams_release(GlsContext *ctx);
+
+// Slot filling per stream form.
+void gls_init_text_slots(GlsWriter *writer);
+void gls_init_binary_slots(GlsWriter *writer, int type);
