@@ -1,0 +1,358 @@
+// Codec contexts: binding, the error word, capture flags, command functions and the dispatch
+// tables that route a call to the real library or to the capture path.
+#include <gtest/gtest.h>
+
+#include "commands.h"
+#include "gls.h"
+#include "tables.h"
+
+#include <thread>
+
+namespace {
+
+// A context made current for one test and deleted after it.
+struct ScopedContext {
+    GLuint id;
+    ScopedContext() : id(glsGenContext()) { glsContext(id); }
+    ~ScopedContext()
+    {
+        glsDeleteContext(id);
+        glsContext(0);
+        glsGetError();
+    }
+};
+
+size_t discard_bytes(size_t count, const void *) { return count; }
+
+TEST(ErrorWord, KeepsTheFirstErrorUntilRead)
+{
+    glsGetError();
+    glsCaptureFlags(48, 3); // no context: state error
+    glsStringType(999);     // would be a parameter error
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+}
+
+TEST(ErrorWord, IsPerThread)
+{
+    glsGetError();
+    glsCaptureFlags(48, 3);
+    GLSenum seen_elsewhere = -1;
+    std::thread other([&] { seen_elsewhere = glsGetError(); });
+    other.join();
+    EXPECT_EQ(seen_elsewhere, GLS_NONE);
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+}
+
+TEST(Contexts, IdsCountUpAndAreNeverReused)
+{
+    GLuint first = glsGenContext();
+    GLuint second = glsGenContext();
+    EXPECT_GT(first, 0u);
+    EXPECT_EQ(second, first + 1);
+    glsContext(second);
+    glsDeleteContext(first);
+    EXPECT_FALSE(glsIsContext(first));
+    EXPECT_TRUE(glsIsContext(second));
+    GLuint third = glsGenContext();
+    EXPECT_EQ(third, second + 1);
+    glsDeleteContext(third);
+    glsDeleteContext(second);
+    EXPECT_EQ(glsGetCurrentContext(), second); // deletion of the current one waits
+    glsContext(0);
+    EXPECT_EQ(glsGetCurrentContext(), 0u);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+}
+
+TEST(Contexts, BindingRules)
+{
+    ScopedContext scope;
+    glsContext(100000);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    EXPECT_EQ(glsGetCurrentContext(), scope.id);
+
+    // Rebinding the current context is allowed.
+    glsContext(scope.id);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+
+    // Current on this thread: another thread may not take it.
+    GLSenum other_error = GLS_NONE;
+    GLuint other_current = 1;
+    std::thread other([&] {
+        glsContext(scope.id);
+        other_error = glsGetError();
+        other_current = glsGetCurrentContext();
+    });
+    other.join();
+    EXPECT_EQ(other_error, GLS_STATE_ERROR);
+    EXPECT_EQ(other_current, 0u);
+}
+
+TEST(Contexts, OperationsWithoutAContextSetStateError)
+{
+    glsContext(0);
+    glsGetError();
+    EXPECT_EQ(glsGetCurrentContext(), 0u);
+    EXPECT_EQ(glsGetError(), GLS_NONE); // asking for the current context is no error
+    EXPECT_EQ(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0), 0);
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+    glsDataPointer(nullptr);
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+}
+
+TEST(CaptureFlags, StartValuesFollowTheAttributeBytes)
+{
+    ScopedContext scope;
+    EXPECT_EQ(glsGetCaptureFlags(181), 2u); // glClear
+    EXPECT_EQ(glsGetCaptureFlags(193), 3u); // glEnable: client command
+    EXPECT_EQ(glsGetCaptureFlags(347), 3u); // glVertexPointer
+    EXPECT_EQ(glsGetCaptureFlags(237), 2u); // glGetIntegerv: client, but a get command
+    EXPECT_EQ(glsGetCaptureFlags(350), 3u); // glPopClientAttrib
+    EXPECT_EQ(glsGetCaptureFlags(16), 0u);
+    EXPECT_EQ(glsGetCaptureFlags(20), 0u);
+    EXPECT_EQ(glsGetCaptureFlags(43), 0u);
+    EXPECT_EQ(glsGetCaptureFlags(44), 2u);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+}
+
+TEST(CaptureFlags, RefusalsLeaveTheByte)
+{
+    ScopedContext scope;
+    glsCaptureFlags(16, 3);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+    EXPECT_EQ(glsGetCaptureFlags(16), 0u);
+
+    glsCaptureFlags(48, 8);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    EXPECT_EQ(glsGetCaptureFlags(48), 2u);
+
+    glsCaptureFlags(5, 1);
+    EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
+    EXPECT_EQ(glsGetCaptureFlags(400), 0u);
+    EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
+
+    glsCaptureFlags(181, 7);
+    EXPECT_EQ(glsGetCaptureFlags(181), 7u);
+}
+
+TEST(Enable, AbortCallSilencesDecodingAndVertexArrayFlag)
+{
+    ScopedContext scope;
+    GlsContext *ctx = gls_current();
+    glsEnable(GLS_ABORT_CALL);
+    EXPECT_TRUE(glsIsEnabled(GLS_ABORT_CALL));
+    for (int op = 0; op < GLS_OPCODE_COUNT; ++op)
+        ASSERT_EQ(ctx->decodeDispatch[op], (GlsFunc)gls_abort_stub) << op;
+    glsDisable(GLS_ABORT_CALL);
+    EXPECT_EQ(ctx->decodeDispatch[181], ctx->callDispatch[181]);
+
+    glsEnable(GLS_CAPTURE_VERTEX_ARRAYS);
+    EXPECT_TRUE(glsIsEnabled(GLS_CAPTURE_VERTEX_ARRAYS));
+    glsDisable(GLS_CAPTURE_VERTEX_ARRAYS);
+    EXPECT_FALSE(glsIsEnabled(GLS_CAPTURE_VERTEX_ARRAYS));
+    glsEnable(50);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+}
+
+// Fake real functions and capture functions for glClear (opcode 181).
+int real_clear_calls;
+int real_clear_depth_seen;
+int capture_clear_calls;
+GLbitfield last_mask;
+
+void GLS_APIENTRY fake_real_clear(GLbitfield mask)
+{
+    ++real_clear_calls;
+    last_mask = mask;
+    real_clear_depth_seen = gls_current() ? gls_current()->directCallDepth : -1;
+}
+
+void GLS_APIENTRY fake_capture_clear(GLbitfield mask)
+{
+    ++capture_clear_calls;
+    last_mask = mask;
+}
+
+struct FakeClear {
+    GlsFunc saved = gls_default_dispatch[181];
+    FakeClear()
+    {
+        gls_default_dispatch[181] = (GlsFunc)fake_real_clear;
+        real_clear_calls = capture_clear_calls = 0;
+        real_clear_depth_seen = -1;
+    }
+    ~FakeClear() { gls_default_dispatch[181] = saved; }
+};
+
+typedef void(GLS_APIENTRY *ClearFunc)(GLbitfield);
+
+TEST(Dispatch, CaptureSwitchesTheThreadTableToForwarders)
+{
+    FakeClear fake;
+    ScopedContext scope;
+    GlsContext *ctx = gls_current();
+    EXPECT_EQ(ctx->defaultDispatch[181], (GlsFunc)fake_real_clear);
+
+    glsWriteFunc(discard_bytes);
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0));
+    EXPECT_EQ(ctx->defaultDispatch[181], gls_forwarders[181]);
+    EXPECT_EQ(ctx->callDispatch[181], gls_forwarders[181]);
+
+    // The forwarder hands the call to the capture function of the opcode...
+    glsCommandFunc(GLS_CAPTURE_FUNC, 181, (GlsFunc)fake_capture_clear);
+    ((ClearFunc)ctx->defaultDispatch[181])(16384);
+    EXPECT_EQ(capture_clear_calls, 1);
+    EXPECT_EQ(real_clear_calls, 0);
+
+    // ...unless the codec itself is inside a real call: then it goes straight to GL.
+    ctx->directCallDepth = 1;
+    ((ClearFunc)ctx->defaultDispatch[181])(256);
+    ctx->directCallDepth = 0;
+    EXPECT_EQ(capture_clear_calls, 1);
+    EXPECT_EQ(real_clear_calls, 1);
+    EXPECT_EQ(real_clear_depth_seen, 2);
+
+    glsEndCapture();
+    EXPECT_EQ(ctx->defaultDispatch[181], (GlsFunc)fake_real_clear);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+}
+
+TEST(Dispatch, CaptureFunctionExecutesInsideTheGuard)
+{
+    FakeClear fake;
+    ScopedContext scope;
+    GlsContext *ctx = gls_current();
+    ClearFunc capture = (ClearFunc)ctx->captureFuncs[181];
+
+    glsCaptureFlags(181, 2); // write only
+    capture(16384);
+    EXPECT_EQ(real_clear_calls, 0);
+    glsCaptureFlags(181, 1); // execute
+    capture(16384);
+    EXPECT_EQ(real_clear_calls, 1);
+    EXPECT_EQ(real_clear_depth_seen, 1);
+    EXPECT_EQ(ctx->directCallDepth, 0);
+    EXPECT_EQ(last_mask, 16384u);
+}
+
+int entry_calls;
+void lower_flags_on_entry(GLSopcode opcode)
+{
+    ++entry_calls;
+    glsCaptureFlags(opcode, 0);
+}
+
+TEST(Dispatch, EntryCallbackMayChangeTheFlags)
+{
+    FakeClear fake;
+    ScopedContext scope;
+    entry_calls = 0;
+    glsCaptureFunc(GLS_CAPTURE_ENTRY_FUNC, lower_flags_on_entry);
+    glsCaptureFlags(181, 5); // callbacks and execute
+    ((ClearFunc)gls_current()->captureFuncs[181])(1);
+    EXPECT_EQ(entry_calls, 1);
+    EXPECT_EQ(real_clear_calls, 0); // the callback took the execute bit away
+    glsCaptureFunc(GLS_CAPTURE_ENTRY_FUNC, nullptr);
+}
+
+TEST(CommandFunc, CallAndCaptureOverridesAndTheirDefaults)
+{
+    FakeClear fake;
+    ScopedContext scope;
+    GlsContext *ctx = gls_current();
+    glsCommandFunc(GLS_CALL_FUNC, 181, (GlsFunc)fake_capture_clear);
+    EXPECT_EQ(ctx->callDispatch[181], (GlsFunc)fake_capture_clear);
+    EXPECT_EQ(ctx->decodeDispatch[181], (GlsFunc)fake_capture_clear);
+    EXPECT_EQ(glsGetCommandFunc(GLS_CALL_FUNC, 181), (GlsFunc)fake_capture_clear);
+    glsCommandFunc(GLS_CALL_FUNC, 181, nullptr);
+    EXPECT_EQ(ctx->callDispatch[181], (GlsFunc)fake_real_clear);
+
+    EXPECT_EQ(glsGetCommandFunc(GLS_CAPTURE_FUNC, 181), nullptr);
+    glsCommandFunc(GLS_CAPTURE_FUNC, 181, (GlsFunc)fake_capture_clear);
+    EXPECT_EQ(glsGetCommandFunc(GLS_CAPTURE_FUNC, 181), (GlsFunc)fake_capture_clear);
+    glsCommandFunc(GLS_CAPTURE_FUNC, 181, nullptr);
+    EXPECT_EQ(ctx->captureFuncs[181], gls_default_capture[181]);
+    EXPECT_EQ(glsGetCommandFunc(GLS_NULL_FUNC, 181), gls_null_funcs[181]);
+
+    glsCommandFunc(GLS_CAPTURE_FUNC, 400, (GlsFunc)fake_capture_clear);
+    EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
+    glsCommandFunc(999, 181, nullptr);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+}
+
+TEST(Capture, NestingStopsAtSixteenAndEndNeedsAnOpenCapture)
+{
+    ScopedContext scope;
+    glsWriteFunc(discard_bytes);
+    glsEndCapture();
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+    for (int i = 0; i < 16; ++i)
+        ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 2));
+    GlsWriter *top = gls_current()->currentWriter;
+    EXPECT_FALSE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 2));
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+    EXPECT_EQ(gls_current()->captureNesting, 16);
+    EXPECT_EQ(gls_current()->currentWriter, top);
+    for (int i = 0; i < 16; ++i)
+        glsEndCapture();
+    EXPECT_EQ(gls_current()->currentWriter, nullptr);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+}
+
+TEST(Capture, BadArgumentsAreParameterErrors)
+{
+    ScopedContext scope;
+    EXPECT_FALSE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 4));
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    EXPECT_FALSE(glsBeginCapture((const GLubyte *)"", 68, 0));
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    EXPECT_FALSE(glsBeginCapture((const GLubyte *)"/nonexistent-dir/x.gls", GLS_TEXT, 0));
+    EXPECT_EQ(glsGetError(), GLS_IO_ERROR);
+    EXPECT_EQ(gls_current()->captureNesting, 0);
+}
+
+TEST(CodecCommands, HeaderValuesCountOnlyInAHeaderBlock)
+{
+    ScopedContext scope;
+    GlsHeader *header = &gls_current()->header;
+    execute_glsHeaderf(GLS_ASPECT, 2.0f);
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+    EXPECT_EQ(header->aspect, 0.0f);
+
+    execute_glsBlock(GLS_HEADER);
+    execute_glsHeaderf(GLS_ASPECT, 2.0f);
+    EXPECT_EQ(header->aspect, 2.0f);
+    execute_glsHeaderf(GLS_ASPECT, -1.0f);
+    EXPECT_EQ(header->aspect, 0.0f);
+    execute_glsHeaderi(GLS_DEPTH_BITS, -5);
+    EXPECT_EQ(header->depthBits, 0);
+    execute_glsHeaderi(GLS_STEREO, 7);
+    EXPECT_EQ(header->stereo, 1);
+    execute_glsHeaderi(GLS_COLOR_RED_BITS, 8);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+
+    // A new header block starts again from the start values.
+    execute_glsBlock(GLS_HEADER);
+    EXPECT_EQ(header->colorRedBits, 1);
+    EXPECT_EQ(header->tileable, 1);
+    EXPECT_EQ(header->stereo, 0);
+    execute_glsBlock(GLS_FRAME);
+    EXPECT_EQ(gls_current()->blockType, GLS_FRAME);
+    execute_glsBlock(99);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+}
+
+TEST(CodecCommands, ErrorCommandChecksItsArguments)
+{
+    ScopedContext scope;
+    execute_glsError(181, GLS_UNSUPPORTED_VERSION);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    execute_glsError(5, GLS_IO_ERROR);
+    EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
+    execute_glsError(181, GLS_IO_ERROR);
+    EXPECT_EQ(glsGetError(), GLS_IO_ERROR);
+    execute_glsUnsupportedCommand((const GLubyte *)"glFoo");
+    EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
+}
+
+} // namespace

@@ -1,0 +1,77 @@
+#!/usr/bin/env python3
+"""Checks of generator/generate.py: its outputs say what the table says, and a broken table
+stops the build with the line named.
+
+    generator_test.py GENERATOR TABLE
+"""
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+generator, table = sys.argv[1], sys.argv[2]
+failures = []
+
+
+def check(condition, message):
+    if not condition:
+        failures.append(message)
+
+
+def run(table_path, outdir):
+    return subprocess.run([sys.executable, generator, table_path, outdir], capture_output=True, text=True)
+
+
+with tempfile.TemporaryDirectory() as out:
+    result = run(table, out)
+    check(result.returncode == 0, 'generator failed: ' + result.stderr)
+
+    def lines(name):
+        return open(os.path.join(out, name)).read().splitlines()
+
+    x64 = [l.strip() for l in lines('quondale-x86_64.def')[3:] if l.strip()]
+    x86 = [l.strip() for l in lines('quondale-i686.def')[3:] if l.strip()]
+    check(lines('quondale-x86_64.def')[1] == 'LIBRARY OPENGL32.dll', 'export name')
+    check(len(x64) == 360 and len(x86) == 360, 'export count %d/%d' % (len(x64), len(x86)))
+    check(not [n for n in x64 if n.endswith('EXT') or n.startswith('glu') or n[0].isupper()],
+          'EXT, GLU or GDI name exported')
+    check(len([n for n in x64 if n.startswith('wgl')]) == 24, 'WGL exports')
+    # stdcall decoration counts doubles as 8 bytes and everything else as 4.
+    decorated = dict(l.split(' = ') for l in x86)
+    for name, size in (('glClearDepth', 8), ('glRotated', 32), ('glRectfv', 8), ('glGetString', 4),
+                       ('glFinish', 0), ('wglUseFontOutlinesA', 32)):
+        check(decorated.get(name) == '%s@%d' % (name, size), 'decoration of %s: %s' % (name, decorated.get(name)))
+    forwards = [l.strip() for l in lines('opengl32.def')[3:] if l.strip()]
+    check(len(forwards) == 360 and all(re.match(r'^(\w+) = quondale\.\1$', l) for l in forwards),
+          'forwarding .def')
+
+    exports = open(os.path.join(out, 'exports.cpp')).read()
+    check('const GLubyte packed[3] = {red, green, blue};\n    glColor3ubv(packed);' in exports, 'glColor3ub folding')
+    check('glRectfv(packed, packed + 2);' in exports, 'glRect folding')
+    check(re.search(r'entry_glBindTexture\(target, texture\)', exports) is not None, 'alias entry')
+    check('table[181])(mask)' in exports, 'glClear dispatches on its opcode')
+    check('glBindTextureEXT' not in exports, 'EXT row exported')
+
+# A table out of catalogue order, or with a bad line, stops generation and names the line.
+source = open(table).read().splitlines()
+with tempfile.TemporaryDirectory() as out:
+    swapped = list(source)
+    first = next(i for i, l in enumerate(swapped) if l.startswith('gl glAccum '))
+    swapped[first], swapped[first + 1] = swapped[first + 1], swapped[first]
+    path = os.path.join(out, 'swapped.tbl')
+    open(path, 'w').write('\n'.join(swapped) + '\n')
+    result = run(path, out)
+    check(result.returncode != 0 and 'out of order' in result.stderr, 'misordered table accepted')
+
+    broken = list(source)
+    broken[first] = 'gl glAccum 191 direct void (GLenum op, GLfloat value)'
+    path = os.path.join(out, 'broken.tbl')
+    open(path, 'w').write('\n'.join(broken) + '\n')
+    result = run(path, out)
+    check(result.returncode != 0 and 'broken.tbl:%d' % (first + 1) in result.stderr, 'bad line not named: ' + result.stderr)
+
+for failure in failures:
+    print('FAIL:', failure)
+print('%d passed, %d failed' % (0 if failures else 1, len(failures)))
+sys.exit(1 if failures else 0)
