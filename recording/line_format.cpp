@@ -1,0 +1,123 @@
+#include "line_format.h"
+
+#include <cstring>
+
+int find_char(char c, int from, int to, const char *text)
+{
+    for (int i = from; i < to; ++i)
+        if (text[i] == c)
+            return i;
+    return -1;
+}
+
+const char *find_char_ptr(char c, int count, const char *text)
+{
+    return (const char *)memchr(text, c, (size_t)(count > 0 ? count : 0));
+}
+
+bool shorten_data(int count, const char *text, char *out)
+{
+    int p = find_char('{', 0, count, text);
+    if (p < 0)
+        return false;
+    // The comma search runs on behind a closing brace: commas after the array count too.
+    for (int i = 0; i < SHORTENED_COMMAS; ++i) {
+        p = find_char(',', p + 1, count, text);
+        if (p < 0)
+            return false;
+    }
+    int keep = p + 1;
+    int q = find_char('}', keep, count, text);
+    if (q < 0)
+        return false;
+    // A piece whose shortened form would not fit the buffer is written whole instead.
+    if (keep + 4 + (count - q) >= SHORTEN_BUFFER)
+        return false;
+    int written = snprintf(out, SHORTEN_BUFFER, "%.*s ...", keep, text);
+    snprintf(out + written, (size_t)(SHORTEN_BUFFER - written), "%.*s", count - q, text + q);
+    return true;
+}
+
+void history_format(FILE *file, int count, const char *text, int call_depth, bool limit_data_dumps)
+{
+    char shortened[SHORTEN_BUFFER];
+    if (limit_data_dumps && shorten_data(count, text, shortened)) {
+        text = shortened;
+        count = (int)strlen(shortened);
+    }
+    bool has_line_end = find_char_ptr('\n', count, text) != nullptr;
+    int indent = call_depth * INDENT_PER_DEPTH;
+    if (!has_line_end) {
+        if (call_depth > 0)
+            fprintf(file, "%*c%.*s", indent, ' ', count, text);
+        else
+            fprintf(file, "%.*s", count, text);
+    } else {
+        int start = 0;
+        for (;;) {
+            int end = find_char('\n', start, count, text);
+            if (end < 0)
+                break;
+            if (call_depth > 0)
+                fprintf(file, "%*c%.*s\r\n", indent, ' ', end - start, text + start);
+            else
+                fprintf(file, "%.*s\r\n", end - start, text + start);
+            start = end + 1;
+        }
+        if (start < count) {
+            // Only the unindented rest gets a line end.
+            if (call_depth > 0)
+                fprintf(file, "%*c%.*s", indent, ' ', count - start, text + start);
+            else
+                fprintf(file, "%.*s\r\n", count - start, text + start);
+        }
+    }
+    if (count > LONG_PIECE)
+        fflush(file);
+}
+
+void last_call_format(int count, const char *text, char *field)
+{
+    bool long_piece = count > LONG_PIECE;
+    // The last byte is taken to be the line feed that ends the command.
+    bool has_line_end = count > 1 && find_char_ptr('\n', count - 1, text) != nullptr;
+    if (!has_line_end) {
+        if (long_piece) {
+            snprintf(field, LAST_CALL_TEXT_SIZE, "%.*s...", (int)LONG_PIECE_KEPT, text);
+        } else if (count > 0) {
+            memcpy(field, text, (size_t)count);
+            field[count - 1] = 0;
+        } else {
+            field[0] = 0;
+        }
+        return;
+    }
+    // Room for the three points and the terminator stays free, so that the cut survives.
+    const int room = LAST_CALL_TEXT_SIZE - 4;
+    int limit = long_piece ? LONG_PIECE_KEPT : count;
+    int length = 0;
+    int start = 0;
+    while (start < limit && length < room) {
+        int end = find_char('\n', start, limit, text);
+        int line_end = end < 0 ? limit : end;
+        int take = line_end - start;
+        if (take > room - length)
+            take = room - length;
+        memcpy(field + length, text + start, (size_t)take);
+        length += take;
+        if (end < 0)
+            break;
+        if (length + 2 <= room) {
+            field[length++] = '\r';
+            field[length++] = '\n';
+        }
+        start = end + 1;
+    }
+    if (long_piece) {
+        memcpy(field + length, "...", 3);
+        length += 3;
+    } else {
+        length = length >= 2 ? length - 2 : 0;
+    }
+    field[length] = 0;
+}

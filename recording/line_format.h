@@ -1,0 +1,28 @@
+// The line formatter: turns the codec's text pieces into history file lines and into the text of
+// the next call. Plain functions over bytes; the session glue lives in history.cpp.
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+
+enum : int {
+    LONG_PIECE = 10240,       // longest piece taken whole; longer pieces also flush the file
+    LONG_PIECE_KEPT = 9984,   // characters kept of a longer piece
+    SHORTENED_COMMAS = 16,    // commas behind the first brace that a shortened array keeps
+    SHORTEN_BUFFER = 1536,    // bytes of the buffer for a shortened piece
+    INDENT_PER_DEPTH = 2,     // blanks of indent for each level of call_depth
+    LAST_CALL_TEXT_SIZE = 10244,
+};
+
+// First index in [from, to) holding c, else -1.
+int find_char(char c, int from, int to, const char *text);
+// Address of the first c in the count bytes at text, else null.
+const char *find_char_ptr(char c, int count, const char *text);
+// True if out (SHORTEN_BUFFER bytes) now holds a shortened, zero-terminated copy of the piece.
+bool shorten_data(int count, const char *text, char *out);
+
+// Writes one piece to a history file: optional shortening, the indent of call_depth and the
+// line ends the panel's edit controls want.
+void history_format(FILE *file, int count, const char *text, int call_depth, bool limit_data_dumps);
+// Copies one piece, a whole command, into the last-call field of LAST_CALL_TEXT_SIZE bytes.
+void last_call_format(int count, const char *text, char *field);
