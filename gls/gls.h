@@ -3,7 +3,7 @@
 #pragma once
 
 #include "gls_types.h"
-#include "context.h"
+#include "gls_context.h"
 
 // Process start-up and shut-down of the codec (called by the library's load notification).
 bool gls_process_attach();

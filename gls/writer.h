@@ -2,7 +2,7 @@
 // state behind them.
 #pragma once
 
-#include "context.h"
+#include "gls_context.h"
 
 struct GlsWriter;
 struct GlsOutStream;

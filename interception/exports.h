@@ -4,7 +4,7 @@
 
 // The Windows headers must declare the WGL functions without dllimport: this library defines them.
 #define _GDI32_
-#include "context.h"
+#include "gls_context.h"
 #include "tables.h"
 
 #include <windows.h>
