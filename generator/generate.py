@@ -55,6 +55,7 @@ class Row:
         self.export = None
         self.attr = 0
         self.target = None
+        self.hook = False
 
     @property
     def returns(self):
@@ -98,6 +99,7 @@ def parse_table(path):
             keys = dict(w.split('=', 1) for w in words[2:] if '=' in w)
             row = Row(words[0], words[1], ret, params, fields, comment)
             row.attr = int(keys.get('attr', 0))
+            row.hook = 'hook' in fields
             if row.family == 'gl':
                 row.opcode = int(fields[0])
                 row.export = fields[1]
@@ -342,6 +344,65 @@ def gen_exports(t):
     return ''.join(out)
 
 
+def gen_wrappers(t):
+    """The 460 debug wrappers: one template, varying by row, opcode and arguments."""
+    out = [HEADER, '#include "wrapper.h"\n#include "hooks.h"\n#include "tables.h"\n\n']
+    for row, r in enumerate(t.gl):
+        op = r.opcode
+        args = r.arg_names()
+        has_command = op in t.commands
+        if has_command:
+            capture = '((%s)gls_wrapper_forwarders[%d])(%s)' % (r.fn_type(), op, args)
+        else:
+            capture = '0' if r.returns else ''  # no command: the wrapper is never installed
+        keep = 'result = ' if r.returns and capture else ''
+        out.append('// %d %s\n' % (row, r.name))
+        out.append('static %s GLS_APIENTRY debug_%s(%s)\n{\n' % (r.ret, r.name, r.decl_params()))
+        out.append('    WrapperCall call;\n')
+        if r.returns:
+            out.append('    %s result = 0;\n' % r.ret)
+        out.append('    thread_record *record = wrapper_begin(&call, %d);\n' % row)
+        out.append('    for (;;) {\n')
+        out.append('        while (wrapper_poll(record, &call)) {\n')
+        out.append('            if (!call.text_captured) {\n')
+        out.append('                wrapper_text_begin(&call, %d);\n' % op)
+        if capture:
+            out.append('                %s%s;\n' % (keep, capture))
+        out.append('                wrapper_text_end(&call, %d);\n' % op)
+        out.append('            }\n')
+        out.append('            if (!wrapper_wait(record, &call))\n                break;\n')
+        out.append('        }\n')
+        out.append('        if (call.skip_call) {\n            wrapper_exit(record);\n')
+        out.append('            return%s;\n        }\n' % (' 0' if r.returns else ''))
+        out.append('        if (call.call_made)\n            break;\n')
+        if capture:
+            out.append('        %s%s;\n' % (keep, capture))
+        out.append('        wrapper_after_call(record, %d);\n' % row)
+        if r.hook:
+            out.append('        hook_%s(record%s);\n' % (r.name, ', ' + args if args else ''))
+        out.append('        call.call_made = 1;\n')
+        out.append('        if (!wrapper_check(record, &call))\n            break;\n')
+        out.append('    }\n    wrapper_exit(record);\n')
+        if r.returns:
+            out.append('    return result;\n')
+        out.append('}\n\n')
+    out.append('const GlsFunc debug_wrappers[GL_CALL_COUNT] = {\n')
+    out += ['    (GlsFunc)debug_%s,\n' % r.name for r in t.gl]
+    out.append('};\n')
+    return ''.join(out)
+
+
+def gen_hooks_header(t):
+    out = [HEADER, '#pragma once\n\n#include "records.h"\n#include "gls_types.h"\n\n',
+           '// After-call hooks: the record and the arguments of the call.\n']
+    for r in t.gl:
+        if r.hook:
+            params = ''.join(', %s' % ('%s %s' % (p.ctype, p.name) if not p.ctype.endswith('*') else p.ctype + p.name)
+                             for p in r.params)
+            out.append('void hook_%s(thread_record *record%s);\n' % (r.name, params))
+    return ''.join(out)
+
+
 def exported(t):
     return ([r for r in t.gl if r.export in ('direct', 'alias')] + t.scalar, t.wgl)
 
@@ -375,6 +436,8 @@ def main():
     write(os.path.join(outdir, 'commands.h'), gen_commands_header(table))
     write(os.path.join(outdir, 'gls_tables.cpp'), gen_gls_tables(table))
     write(os.path.join(outdir, 'exports.cpp'), gen_exports(table))
+    write(os.path.join(outdir, 'wrappers.cpp'), gen_wrappers(table))
+    write(os.path.join(outdir, 'hooks.h'), gen_hooks_header(table))
     for arch in ('x86_64', 'i686'):
         write(os.path.join(outdir, 'quondale-%s.def' % arch), gen_def(table, arch))
     write(os.path.join(outdir, 'opengl32.def'), gen_forwarding_def(table))

@@ -1,0 +1,85 @@
+#include "history.h"
+
+#include "catalogue.h"
+#include "gls.h"
+#include "library_table.h"
+#include "line_format.h"
+#include "report.h"
+#include "tables.h"
+
+#include <windows.h>
+
+#include <cstdio>
+
+extern const GlsFunc debug_wrappers[GL_CALL_COUNT];
+
+enum : int { OP_glsDrawVertexArray = 19 };
+
+// The codec hands a write function only a count and bytes: the session is found through the
+// data pointer of the thread's codec context.
+static thread_record *writing_record() { return (thread_record *)gls_current()->dataPointer; }
+
+static size_t history_write(size_t count, const void *bytes)
+{
+    thread_record *record = writing_record();
+    per_gl *gl = record->per_gl;
+    if (record->per_proc->History != 1 || !gl || !gl->history_file)
+        return count;
+    history_format(gl->history_file, (int)count, (const char *)bytes, record->library_table->call_depth,
+                   record->per_proc->limit_data_dumps == 1);
+    return count;
+}
+
+static size_t last_call_write(size_t count, const void *bytes)
+{
+    last_call_format((int)count, (const char *)bytes, writing_record()->per_proc->last_call_text);
+    return count;
+}
+
+void recording_setup(thread_record *record)
+{
+    library_table *libraries = record->library_table;
+    libraries->gls_context = (int32_t)glsGenContext();
+    glsContext((GLuint)libraries->gls_context);
+    glsDataPointer(record);
+    // Of two rows on one opcode the later one stays installed.
+    for (const CallRowOpcode &entry : wrapper_of_opcode_rows)
+        glsCommandFunc(GLS_CAPTURE_FUNC, entry.opcode, debug_wrappers[entry.row]);
+    glsGetError(); // unnamed opcodes of vendor rows are refused, as they should be
+    apply_trace_set(record);
+}
+
+void apply_trace_set(thread_record *record)
+{
+    const call_control_row *control = record->per_proc->call_control;
+    for (int row = 0; row < GL_CALL_COUNT; ++row)
+        glsCaptureFlags(opcode_of_call[row], control[row].trace == 1 ? 3 : 1);
+    glsCaptureFlags(OP_glsDrawVertexArray, 3);
+    glsGetError();
+}
+
+void history_open(thread_record *record, bool truncate)
+{
+    per_gl *gl = record->per_gl;
+    char name[NAME_SIZE + 32];
+    snprintf(name, sizeof name, "%s\\history\\%d.gls", record->temp_dir, (int)gl->handle);
+    gl->history_file = fopen(name, truncate ? "w" : "a+");
+    if (!gl->history_file) {
+        fatal_report("gls", __LINE__, "Could not open %s.", name);
+        ExitProcess(1);
+    }
+    // A stream keeps the write function it began with: the long-lived capture stays bound to
+    // the file, and every per-call capture begun later writes to last_call_text.
+    glsWriteFunc(history_write);
+    glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0);
+    glsWriteFunc(last_call_write);
+}
+
+void history_close(thread_record *record)
+{
+    per_gl *gl = record->per_gl;
+    glsEndCapture();
+    if (gl->history_file)
+        fclose(gl->history_file);
+    gl->history_file = nullptr;
+}

@@ -1,0 +1,92 @@
+#include "control_draw.h"
+
+#include "gls.h"
+#include "library_table.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+enum : GLenum {
+    GL_FRONT_BUFFER = 1028,
+    GL_DRAW_BUFFER_PNAME = 3073,
+    GL_READ_BUFFER_PNAME = 3074,
+};
+
+enum : int {
+    OP_glDrawBuffer = 180,
+    OP_glReadBuffer = 228,
+    OP_glGetError = 235,
+    OP_glGetIntegerv = 237,
+};
+
+typedef void(GLS_APIENTRY *BufferFunc)(GLenum);
+typedef void(GLS_APIENTRY *GetIntegervFunc)(GLenum, GLint *);
+typedef GLenum(GLS_APIENTRY *GetErrorFunc)(void);
+typedef const GLubyte *(GLS_APIENTRY *ErrorStringFunc)(GLenum);
+
+// The debugger's own GL calls go through the capture functions with execute-only flags, so
+// they run inside the direct-call guard and write nothing.
+static GlsFunc own_call(int opcode)
+{
+    glsCaptureFlags(opcode, GLS_CAPTURE_EXECUTE_BIT);
+    return gls_default_capture[opcode];
+}
+
+void apply_control_draw(thread_record *record)
+{
+    per_proc *proc = record->per_proc;
+    if (proc->control_draw_request == 0)
+        return;
+    // The request waits for a call outside glBegin/glEnd, and for a context.
+    if (record->per_gl->in_begin_end != 0 || record->per_gl->handle == 0)
+        return;
+    BufferFunc draw_buffer = (BufferFunc)own_call(OP_glDrawBuffer);
+    BufferFunc read_buffer = (BufferFunc)own_call(OP_glReadBuffer);
+    if (proc->control_draw_request == 1) {
+        draw_buffer((GLenum)proc->saved_draw_buffer);
+        read_buffer((GLenum)proc->saved_read_buffer);
+    } else {
+        GetIntegervFunc get_integerv = (GetIntegervFunc)own_call(OP_glGetIntegerv);
+        get_integerv(GL_DRAW_BUFFER_PNAME, &proc->saved_draw_buffer);
+        get_integerv(GL_READ_BUFFER_PNAME, &proc->saved_read_buffer);
+        draw_buffer(GL_FRONT_BUFFER);
+        read_buffer(GL_FRONT_BUFFER);
+    }
+    proc->control_draw_state = proc->control_draw_request;
+    proc->control_draw_request = 0;
+}
+
+void append_pending_message(thread_record *record, const char *format, ...)
+{
+    char *message = record->per_proc->pending_message;
+    size_t length = strlen(message);
+    if (length + 1 >= PENDING_MESSAGE_SIZE)
+        return;
+    va_list args;
+    va_start(args, format);
+    vsnprintf(message + length, PENDING_MESSAGE_SIZE - length, format, args);
+    va_end(args);
+}
+
+void check_no_context(thread_record *record)
+{
+    if (record->per_gl->handle == 0)
+        append_pending_message(record, "\nWarning: No GL context.");
+}
+
+void check_gl_error(thread_record *record)
+{
+    per_gl *gl = record->per_gl;
+    if (gl->in_begin_end != 0 || gl->handle == 0)
+        return;
+    GetErrorFunc get_error = (GetErrorFunc)own_call(OP_glGetError);
+    GLenum error = get_error();
+    if (error == 0)
+        return;
+    ErrorStringFunc error_string = (ErrorStringFunc)record->library_table->glu[GLU_ROW_gluErrorString];
+    append_pending_message(record, "\nGL Error: %s.", (const char *)error_string(error));
+    // Only the first error is named; the rest are drained.
+    while (get_error() != 0) {
+    }
+}

@@ -1,0 +1,116 @@
+#include "run_control.h"
+
+#include "control_draw.h"
+#include "gls.h"
+#include "history.h"
+#include "library_table.h"
+#include "rings.h"
+#include "state_scan.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+void set_status(thread_record *record, const char *format, ...)
+{
+    char text[256];
+    va_list args;
+    va_start(args, format);
+    vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    post_status(&record->per_proc->ring_from_app, EVENT_STATUS_TEXT, text);
+}
+
+void test_break(thread_record *record, int row)
+{
+    per_proc *proc = record->per_proc;
+    if (proc->Break_on_GL_calls == 1 && proc->call_control[row].break_on == 1 &&
+        proc->run_state == RUN_RUNNING) {
+        proc->run_state = RUN_HALTED;
+        set_status(record, "Halted (Break on %s)", record->master->gl_names[row]);
+    }
+}
+
+void test_break_on_swap(thread_record *record, int gdi_row)
+{
+    per_proc *proc = record->per_proc;
+    if (gdi_row == GDI_ROW_SwapBuffers && proc->Break_on_SwapBuffers == 1 &&
+        proc->run_state == RUN_RUNNING) {
+        proc->run_state = RUN_HALTED;
+        set_status(record, "Halted (Break on %s)", record->master->gdi_names[GDI_ROW_SwapBuffers]);
+    }
+}
+
+bool test_skip(thread_record *record, int row)
+{
+    per_proc *proc = record->per_proc;
+    if (proc->Skip_GL_calls != 1 || proc->call_control[row].skip != 1)
+        return false;
+    // Still the previous call's text, unless the halt that follows captures this one.
+    size_t length = strlen(proc->last_call_text);
+    snprintf(proc->last_call_text + length, sizeof proc->last_call_text - length, " /* skip */");
+    return true;
+}
+
+int handle_event(thread_record *record)
+{
+    per_proc *proc = record->per_proc;
+    ring_slot slot;
+    ring_read(&proc->ring_to_app, &slot);
+    switch (slot.code) {
+    case EVENT_CONTROL_DRAW_OFF:
+        proc->control_draw_request = 1;
+        apply_control_draw(record);
+        return EVENT_RESULT_STAY;
+    case EVENT_CONTROL_DRAW_ON:
+        proc->control_draw_request = 2;
+        apply_control_draw(record);
+        return EVENT_RESULT_STAY;
+    case EVENT_HALT:
+        proc->run_state = RUN_HALTED;
+        set_status(record, "Halted");
+        return EVENT_RESULT_STAY;
+    case EVENT_CLEAR_HISTORY:
+        history_close(record);
+        history_open(record, true);
+        post_event(&proc->ring_from_app, EVENT_HISTORY_CHANGED);
+        return EVENT_RESULT_STAY;
+    case EVENT_APPLY_TRACE_SET:
+        apply_trace_set(record);
+        return EVENT_RESULT_STAY;
+    case EVENT_CONTINUE:
+        proc->run_state = RUN_RUNNING;
+        set_status(record, "Running");
+        return EVENT_RESULT_GO_ON;
+    case EVENT_SKIP:
+        set_status(record, "Call skipped");
+        return EVENT_RESULT_SKIP;
+    case EVENT_STEP:
+        set_status(record, "Step");
+        return EVENT_RESULT_GO_ON;
+    case EVENT_VERTEX_ARRAYS_OFF:
+        glsDisable(GLS_CAPTURE_VERTEX_ARRAYS);
+        return EVENT_RESULT_STAY;
+    case EVENT_VERTEX_ARRAYS_ON:
+        glsEnable(GLS_CAPTURE_VERTEX_ARRAYS);
+        return EVENT_RESULT_STAY;
+    default:
+        return EVENT_RESULT_STAY;
+    }
+}
+
+void update_panel(thread_record *record)
+{
+    set_status(record, "Updating ...");
+    per_gl *gl = record->per_gl;
+    if (gl->history_file)
+        fflush(gl->history_file);
+    if (gl->list_calls_file)
+        fflush(gl->list_calls_file);
+    glsFlush();
+    // GL may be asked only on this thread, and not between glBegin and glEnd.
+    if (gl->in_begin_end == 0 && gl->handle != 0)
+        state_scan(record);
+    post_event(&record->per_proc->ring_from_app, EVENT_REFRESH_ALL);
+    set_status(record, "Halted");
+}
