@@ -5,6 +5,7 @@
 
 #include "catalogue.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
@@ -183,6 +184,11 @@ struct per_proc {
 };
 
 enum : int { PER_PROC_FLAG_WORDS = 23 };
+
+// The loops over these fields depend on their adjacency.
+static_assert(offsetof(per_proc, prim_points) == offsetof(per_proc, wgl_call_count) + WGL_CALL_COUNT * sizeof(int64_t));
+static_assert(offsetof(per_proc, control_draw_state) == offsetof(per_proc, prim_polygons) + sizeof(int64_t));
+static_assert(offsetof(per_proc, Skip_GL_calls) == offsetof(per_proc, shown) + (PER_PROC_FLAG_WORDS - 1) * sizeof(int32_t));
 
 struct list_info_row {
     int32_t list;
