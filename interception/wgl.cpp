@@ -10,6 +10,8 @@ void history_note(const char *name)
 {
     // Through the thread's dispatch, so that an open capture writes the note into the history.
     GlsContext *ctx = gls_current();
+    if (!ctx) // the codec had no memory for the session's context
+        return;
     ((void (GLS_APIENTRY *)(const GLubyte *, const GLubyte *))ctx->defaultDispatch[GLS_OP_glsString])(
         (const GLubyte *)"Info", (const GLubyte *)name);
     glsFlush();
