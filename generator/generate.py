@@ -7,7 +7,8 @@ writes into OUTDIR:
     catalogue.cpp       the four catalogue name lists, opcode of call, wrapper of opcode rows
     gls_tables.cpp      per-opcode tables: names, attribute bytes, bind list, null functions,
                         table forwarders, default capture functions
-    exports.cpp         the exported GL entry points (direct, scalar folding, alias) and WGL exports
+    exports.cpp         the exported GL entry points (direct, scalar folding, alias), the WGL
+                        exports and the GDI wrappers
     quondale-x86_64.def, quondale-i686.def, opengl32-x86_64.def, opengl32-i686.def
 """
 import os
@@ -15,6 +16,9 @@ import re
 import sys
 
 OPCODE_COUNT = 496
+
+# Shapes of the WGL and GDI wrappers: the real call, bracketed by the session's steps.
+WRAPPER_FAMILIES = ('plain', 'swap', 'makecurrent')
 
 # Types passed in 8 bytes on the i686 stack (stdcall decoration counts them).
 WIDE_TYPES = {'GLdouble', 'GLclampd', 'GLlong', 'GLulong', 'double'}
@@ -56,6 +60,7 @@ class Row:
         self.attr = 0
         self.target = None
         self.hook = False
+        self.wrapper_family = None
 
     @property
     def returns(self):
@@ -100,6 +105,7 @@ def parse_table(path):
             row = Row(words[0], words[1], ret, params, fields, comment)
             row.attr = int(keys.get('attr', 0))
             row.hook = 'hook' in fields
+            row.wrapper_family = keys.get('family')
             if row.family == 'gl':
                 row.opcode = int(fields[0])
                 row.export = fields[1]
@@ -162,6 +168,9 @@ class Table:
         if len(exported) != 336: problems.append('exported GL: %d' % len(exported))
         for s in self.scalar:
             if s.target not in self.by_name: problems.append('scalar target %s' % s.target)
+        for r in self.gdi + self.wgl:
+            if r.wrapper_family not in WRAPPER_FAMILIES:
+                problems.append('%s: wrapper family %s' % (r.name, r.wrapper_family))
         if problems:
             sys.exit('calls.tbl: ' + '; '.join(problems))
 
@@ -336,11 +345,44 @@ def gen_exports(t):
             call = '%s(packed)' % target.name
         out.append('extern "C" void GLS_APIENTRY %s(%s)\n{\n    const %s packed[%d] = {%s};\n    %s;\n}\n\n' %
                    (s.name, s.decl_params(), elem, len(s.params), values, call))
-    out.append('// WGL exports.\n')
+    out.append('// WGL exports and the internal GDI wrappers, by family.\n')
     for i, r in enumerate(t.wgl):
-        ret = 'return ' if r.returns else ''
-        out.append('extern "C" %s WINAPI %s(%s)\n{\n    %s((%s (WINAPI *)(%s))process_wgl[%d])(%s);\n}\n\n' %
-                   (r.ret, r.name, r.decl_params(), ret, r.ret, r.arg_types(), i, r.arg_names()))
+        out.append(wgl_wrapper(r, 'wgl', i, 'extern "C" %s WINAPI %s' % (r.ret, r.name)))
+    for i, r in enumerate(t.gdi):
+        out.append(wgl_wrapper(r, 'gdi', i, 'static %s WINAPI wrap_%s' % (r.ret, r.name)))
+    out.append('// Not exported and not reached: kept for the catalogue rows they stand for.\n')
+    out.append('const GlsFunc gdi_wrappers[GDI_CALL_COUNT] = {\n')
+    out += ['    (GlsFunc)wrap_%s,\n' % r.name for r in t.gdi]
+    out.append('};\n')
+    return ''.join(out)
+
+
+def wgl_wrapper(r, family, row, head):
+    # plain: note, count, real call. swap: halt point first, then the real call, note, count
+    # and the flush of the session's files. makecurrent: plain, then the context attach.
+    real = '((%s (WINAPI *)(%s))record->library_table->%s[%d])(%s)' % (
+        r.ret, r.arg_types(), family, row, r.arg_names())
+    name = '%s_call_names[%d]' % (family, row)
+    note = ('    if (record->per_proc->History == 1)\n'
+            '        history_note(%s);\n' % name)
+    count = '    record->per_proc->%s_call_count[%d] += 1;\n' % (family, row)
+    out = ['%s(%s)\n{\n' % (head, r.decl_params()),
+           '    thread_record *record = thread_entry();\n']
+    if r.wrapper_family == 'swap':
+        out.append('    swap_halt_point(record, %s);\n' % name)
+        out.append('    %s result = %s;\n' % (r.ret, real))
+        out += [note, count]
+        out.append('    flush_session_files(record);\n')
+        out.append('    return result;\n')
+    else:
+        out += [note, count]
+        if r.wrapper_family == 'makecurrent':
+            out.append('    %s result = %s;\n' % (r.ret, real))
+            out.append('    context_made_current(record, result, %s);\n' % r.params[-1].name)
+            out.append('    return result;\n')
+        else:
+            out.append('    return %s;\n' % real)
+    out.append('}\n\n')
     return ''.join(out)
 
 

@@ -1,0 +1,19 @@
+// What the generated WGL and GDI wrappers share, and their special steps.
+#pragma once
+
+#include "session/context.h"
+#include "library_table.h"
+#include "records.h"
+
+// A history note: glsString("Info", name) through the thread's dispatch, then glsFlush.
+void history_note(const char *name);
+
+// Behind the real wglMakeCurrent: the session follows the context on success and falls back to
+// the null record on failure.
+void context_made_current(thread_record *record, int result, void *context);
+
+// In front of a real swap: the break on swap and the halt loop of run control.
+void swap_halt_point(thread_record *record, const char *name);
+
+// Behind a real swap: the one place outside a halt where the session's files reach the disk.
+void flush_session_files(thread_record *record);

@@ -1,0 +1,311 @@
+// Thread entry, session start, context attach and the end of a session. Everything here runs on
+// the session's application thread, before or outside any panel work on the same records.
+#include "context.h"
+
+#include "gls.h"
+#include "library_table.h"
+#include "mmaps.h"
+#include "panel_thread.h"
+#include "report.h"
+#include "tables.h"
+
+#include <process.h>
+#include <windows.h>
+
+#include <cstdio>
+
+unsigned long session_tls = TLS_OUT_OF_INDEXES;
+
+enum : int { CAPTURE_EXECUTE = 1, CAPTURE_EXECUTE_WRITE = 3 };
+
+bool session_process_attach()
+{
+    session_tls = TlsAlloc();
+    if (session_tls == TLS_OUT_OF_INDEXES)
+        return false;
+    named_blocks_reset();
+    return true;
+}
+
+// QUONDALE_RECORD_DUMP names a file that receives one line per named block at process detach:
+// how the tests see records that nothing else shows before the panel exists.
+static void dump_records()
+{
+    char path[MAX_PATH];
+    DWORD length = GetEnvironmentVariableA("QUONDALE_RECORD_DUMP", path, sizeof path);
+    if (length == 0 || length >= sizeof path)
+        return;
+    const size_t size = 1 << 20;
+    char *text = (char *)block_alloc(size);
+    if (!text)
+        return;
+    size_t used = describe_named_blocks(text, size);
+    HANDLE file = CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        DWORD written;
+        WriteFile(file, text, (DWORD)used, &written, nullptr);
+        CloseHandle(file);
+    }
+    block_free(text);
+}
+
+void session_process_detach()
+{
+    dump_records();
+    named_blocks_free();
+}
+
+// A directory that exists already is left as it is; one that can't be made is not reported
+// here: the first file opened in it fails instead.
+static void make_temp_dirs(thread_record *record)
+{
+    char temp[NAME_SIZE];
+    DWORD length = GetEnvironmentVariableA("TEMP", temp, sizeof temp);
+    format_temp_dir(length != 0 && length < sizeof temp ? temp : nullptr, record->id, record->temp_dir);
+    char folder[NAME_SIZE + 16];
+    CreateDirectoryA(record->temp_dir, nullptr);
+    snprintf(folder, sizeof folder, "%s\\history", record->temp_dir);
+    CreateDirectoryA(folder, nullptr);
+    snprintf(folder, sizeof folder, "%s\\list", record->temp_dir);
+    CreateDirectoryA(folder, nullptr);
+}
+
+static void attach_master(thread_record *record, uint32_t id)
+{
+    char name[NAME_SIZE];
+    name_of_master(record->temp_dir, name);
+    master *block = find_master(name);
+    if (!block) {
+        block = make_master(name);
+        if (!block)
+            session_exit(1);
+        fill_master(block, id);
+    }
+    record->master = block;
+}
+
+static void start_panel(thread_record *record)
+{
+    // The C runtime's thread start, so that the runtime is set up for the panel thread.
+    uintptr_t thread = _beginthreadex(nullptr, 0, panel_thread, record, 0, nullptr);
+    if (thread == 0) {
+        fatal_report("context", __LINE__, "Could not start the panel.");
+        session_exit(1);
+    }
+    CloseHandle((HANDLE)thread);
+    // The panel reads its settings before it lets the first call go on.
+    while (record->panel_ready != 1) {
+    }
+}
+
+static void attach_per_proc(thread_record *record, uint32_t id)
+{
+    char name[NAME_SIZE];
+    name_of_per_proc(record->temp_dir, id, name);
+    per_proc *block = find_per_proc(name);
+    if (!block) {
+        block = make_per_proc(name);
+        if (!block)
+            session_exit(1);
+        master *table = record->master;
+        table->procs[table->proc_count].id = (int32_t)id;
+        ++table->proc_count;
+        fill_per_proc(block, id);
+        record->per_proc = block;
+        start_panel(record);
+    } else {
+        record->per_proc = block;
+    }
+    // The panel's thread and context lines are shown from here once the control window exists.
+}
+
+// The session's codec context on this thread, with the capture flags of the per-call control
+// table. The debug wrappers go into the capture rows here once they exist; until then the
+// codec's own capture functions stay.
+static void install_codec(thread_record *record)
+{
+    library_table *table = record->library_table;
+    table->gls_context = (int32_t)glsGenContext();
+    glsContext((GLuint)table->gls_context);
+    glsDataPointer(record);
+    const per_proc *control = record->per_proc;
+    for (int row = 0; row < GL_CALL_COUNT; ++row) {
+        int32_t opcode = record->master->opcode_of_call[row];
+        // The codec refuses unnamed opcodes; asking would only leave an error word behind.
+        if (!gls_opcode_exists(opcode))
+            continue;
+        glsCaptureFlags(opcode, control->call_control[row].trace == 1 ? CAPTURE_EXECUTE_WRITE : CAPTURE_EXECUTE);
+    }
+    glsCaptureFlags(GLS_OP_glsDrawVertexArray, CAPTURE_EXECUTE_WRITE);
+}
+
+// The slow path of thread_entry: a thread without a record, or one holding another thread's
+// record (the panel thread's case, which never makes a debugged call).
+__attribute__((noinline)) static thread_record *start_session(thread_record *record, uint32_t id)
+{
+    if (!record) {
+        record = make_thread_record();
+        if (!record)
+            session_exit(1);
+        fill_thread_record(record, id);
+        TlsSetValue(session_tls, record);
+        make_temp_dirs(record);
+    }
+    attach_master(record, id);
+    bind_libraries(record);
+    attach_per_proc(record, id);
+    install_codec(record);
+    attach_gl(record, 0);
+    return record;
+}
+
+// Something made another codec context current behind the session's back.
+__attribute__((noinline)) static void reinstall_codec(thread_record *record)
+{
+    install_codec(record);
+    // The history capture is restarted here (append mode) once the history file exists.
+}
+
+thread_record *thread_entry()
+{
+    uint32_t id = GetCurrentThreadId();
+    thread_record *record = (thread_record *)TlsGetValue(session_tls);
+    if (!record || record->id != id)
+        record = start_session(record, id);
+    library_table *table = record->library_table;
+    table->current_gls_context = (int32_t)glsGetCurrentContext();
+    if (table->current_gls_context != table->gls_context)
+        reinstall_codec(record);
+    return record;
+}
+
+static void close_gl_files(per_gl *gl)
+{
+    if (gl->history_file) {
+        glsEndCapture();
+        fclose(gl->history_file);
+        gl->history_file = nullptr;
+    }
+    if (gl->list_calls_file) {
+        fclose(gl->list_calls_file);
+        gl->list_calls_file = nullptr;
+    }
+}
+
+static void add_gl_table_row(thread_record *record, const per_gl *gl)
+{
+    master *table = record->master;
+    master_gl_row *row = &table->gl_table[table->gl_count];
+    row->gl_id = gl->id;
+    row->handle = gl->handle;
+    row->proc_id = (int32_t)record->per_proc->id;
+    ++table->gl_count;
+}
+
+// The contexts of a session share one list information block, grown to the rows in use.
+static void attach_list_info(thread_record *record, per_gl *gl)
+{
+    char name[NAME_SIZE];
+    name_of_list_info(record->temp_dir, name);
+    list_info_row *rows;
+    if (find_list_info(name))
+        rows = resize_list_info(name, gl->list_count);
+    else
+        rows = make_list_info(name, gl->list_count);
+    if (!rows)
+        session_exit(1);
+    gl->list_rows = rows;
+    gl->list_current = nullptr;
+}
+
+static void open_list_calls(thread_record *record, per_gl *gl)
+{
+    char path[NAME_SIZE + 16];
+    snprintf(path, sizeof path, "%s\\list\\calls", record->temp_dir);
+    gl->list_calls_file = fopen(path, "a+");
+    if (!gl->list_calls_file) {
+        fatal_report("context", __LINE__, "Could not create displaylist call.");
+        session_exit(1);
+    }
+    fseek(gl->list_calls_file, 0, SEEK_END);
+}
+
+void attach_gl(thread_record *record, uint32_t context)
+{
+    if (record->per_gl)
+        close_gl_files(record->per_gl);
+    char name[NAME_SIZE];
+    name_of_per_gl(record->temp_dir, context, name);
+    per_gl *gl = find_per_gl(name);
+    if (!gl) {
+        gl = make_per_gl(name);
+        if (!gl)
+            session_exit(1);
+        int32_t id = 0;
+        if (context != 0)
+            id = record->master->next_gl_id++;
+        fill_per_gl(gl, id, context);
+        record->per_gl = gl;
+        // The history opens here; for a real context the state baseline and the window
+        // information follow it.
+        if (context != 0)
+            add_gl_table_row(record, gl);
+    } else {
+        record->per_gl = gl;
+        // An earlier context: its history goes on in append mode.
+    }
+    if (context != 0) {
+        attach_list_info(record, gl);
+        open_list_calls(record, gl);
+    }
+    // The panel's context line follows from here once the control window exists.
+}
+
+// Empties a folder of its files and removes it.
+static void remove_folder(const char *folder)
+{
+    char pattern[NAME_SIZE + 16];
+    snprintf(pattern, sizeof pattern, "%s\\*.*", folder);
+    WIN32_FIND_DATAA entry;
+    HANDLE search = FindFirstFileA(pattern, &entry);
+    if (search != INVALID_HANDLE_VALUE) {
+        do {
+            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+                continue;
+            char path[2 * NAME_SIZE];
+            snprintf(path, sizeof path, "%s\\%s", folder, entry.cFileName);
+            DeleteFileA(path);
+        } while (FindNextFileA(search, &entry));
+        FindClose(search);
+    }
+    RemoveDirectoryA(folder);
+}
+
+void close_session(thread_record *record)
+{
+    if (record->per_gl)
+        close_gl_files(record->per_gl);
+    library_table *table = record->library_table;
+    if (table->gls_context != -1) {
+        glsDeleteContext((GLuint)table->gls_context);
+        table->gls_context = -1;
+    }
+    if (table->glu32) {
+        FreeLibrary((HMODULE)table->glu32);
+        table->glu32 = nullptr;
+    }
+    if (table->opengl32) {
+        FreeLibrary((HMODULE)table->opengl32);
+        table->opengl32 = nullptr;
+    }
+    if (table->gdi32) {
+        FreeLibrary((HMODULE)table->gdi32);
+        table->gdi32 = nullptr;
+    }
+    char folder[NAME_SIZE + 16];
+    snprintf(folder, sizeof folder, "%s\\history", record->temp_dir);
+    remove_folder(folder);
+    snprintf(folder, sizeof folder, "%s\\list", record->temp_dir);
+    remove_folder(folder);
+    remove_folder(record->temp_dir);
+}

@@ -1,0 +1,10 @@
+// The fatal report: a failure of memory or of a needed file ends the session's process.
+#pragma once
+
+// Shows the formatted message in a stop box titled "<source>, line <line>." and returns; the
+// caller then ends the process with session_exit(1). With QUONDALE_FATAL_TO_STDERR set to 1 the
+// box becomes one line on standard error, so that tests can run without anyone to press OK.
+void fatal_report(const char *source, int line, const char *format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+[[noreturn]] void session_exit(int code);
