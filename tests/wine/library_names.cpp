@@ -20,7 +20,7 @@ static std::string module_path(HMODULE module)
     return lower(std::string(path, length));
 }
 
-int main(int argc, char **argv)
+int main()
 {
     HMODULE quondale = GetModuleHandleA("quondale.dll");
     if (!quondale) {
@@ -70,7 +70,7 @@ int main(int argc, char **argv)
             fail("the system's %s is quondale.dll's own", name);
     }
     // The program's own imports are bound to quondale.dll's code.
-    if ((FARPROC)&glClear != GetProcAddress(quondale, "glClear"))
+    if ((void *)&glClear != (void *)GetProcAddress(quondale, "glClear"))
         fail("the program's import of glClear is %p, not quondale.dll's", (void *)&glClear);
     return finish();
 }

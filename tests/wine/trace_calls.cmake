@@ -14,7 +14,10 @@ function(run_traced mode trace_variable)
     OUTPUT_VARIABLE output
     ERROR_VARIABLE trace)
   if(NOT exit_code EQUAL 0)
-    message(FATAL_ERROR "FAIL: ${PROGRAM} exited with ${exit_code} (${mode}):\n${output}")
+    # The program's own reports sit among the trace lines.
+    string(REGEX MATCHALL "FAIL [^\n]*" reports "${trace}")
+    list(JOIN reports "\n" reports)
+    message(FATAL_ERROR "FAIL: ${PROGRAM} --expect ${mode} exited with ${exit_code}\n${output}${reports}")
   endif()
   set(${trace_variable} "${trace}" PARENT_SCOPE)
 endfunction()
