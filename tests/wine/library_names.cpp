@@ -1,0 +1,76 @@
+// The program loads quondale.dll under its own name, through the forwarding opengl32.dll beside
+// it, and quondale.dll in turn has the system's opengl32.dll loaded to do the real work.
+#include "testbed.h"
+
+#include <tlhelp32.h>
+
+#include <cstring>
+
+static std::string lower(std::string text)
+{
+    for (char &c : text)
+        c = char(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    return text;
+}
+
+static std::string module_path(HMODULE module)
+{
+    char path[MAX_PATH];
+    DWORD length = GetModuleFileNameA(module, path, MAX_PATH);
+    return lower(std::string(path, length));
+}
+
+int main()
+{
+    HMODULE quondale = GetModuleHandleA("quondale.dll");
+    if (!quondale) {
+        fail("GetModuleHandleA(\"quondale.dll\") is null: the program did not load the debugger");
+        return finish();
+    }
+    std::string folder = lower(program_folder());
+    if (module_path(quondale) != folder + "quondale.dll")
+        fail("quondale.dll was loaded from %s, not from the program's folder", module_path(quondale).c_str());
+
+    // Both opengl32.dll modules share a base name, so find them by path.
+    std::string system_path = lower(system_opengl32_path());
+    HMODULE forwarder = nullptr, real = nullptr;
+    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPMODULE, 0);
+    MODULEENTRY32 entry = {};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Module32First(snapshot, &entry); more; more = Module32Next(snapshot, &entry)) {
+        std::string path = lower(entry.szExePath);
+        if (path == folder + "opengl32.dll")
+            forwarder = entry.hModule;
+        else if (path == system_path)
+            real = entry.hModule;
+        else if (path.size() > 13 && path.compare(path.size() - 13, 13, "\\opengl32.dll") == 0)
+            fail("an opengl32.dll from an unexpected place is loaded: %s", path.c_str());
+    }
+    CloseHandle(snapshot);
+    if (!forwarder)
+        fail("the forwarding opengl32.dll in %s is not loaded", folder.c_str());
+    if (!real)
+        fail("the system's %s is not loaded beside the forwarder", system_path.c_str());
+    if (!forwarder || !real)
+        return finish();
+
+    // The forwarder's exports resolve to quondale.dll's; the real library's are different code.
+    const char *names[] = {"glClear", "glColor3ub", "glBindTexture", "wglCreateContext", "wglSwapBuffers"};
+    for (const char *name : names) {
+        FARPROC ours = GetProcAddress(quondale, name);
+        FARPROC forwarded = GetProcAddress(forwarder, name);
+        FARPROC system = GetProcAddress(real, name);
+        if (!ours)
+            fail("quondale.dll does not export %s", name);
+        else if (forwarded != ours)
+            fail("opengl32.dll!%s resolves to %p, not to quondale.dll's %p", name, (void *)forwarded, (void *)ours);
+        if (!system)
+            fail("the system's opengl32.dll lacks %s", name);
+        else if (system == ours)
+            fail("the system's %s is quondale.dll's own", name);
+    }
+    // The program's own imports are bound to quondale.dll's code.
+    if ((void *)&glClear != (void *)GetProcAddress(quondale, "glClear"))
+        fail("the program's import of glClear is %p, not quondale.dll's", (void *)&glClear);
+    return finish();
+}

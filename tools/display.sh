@@ -1,0 +1,84 @@
+# Shared by tools/wine-run and ./quondale: find the Wine binaries and the prefix, and make sure an
+# X server answers on $DISPLAY, starting a private Xvfb when none does.
+
+quondale_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+# Debian's wine64 package has no /usr/bin/wine; the loader lives under /usr/lib/wine.
+find_wine() {
+    local candidate
+    for candidate in "${QUONDALE_WINE:-}" /usr/lib/wine/wine64 "$(command -v wine64 2>/dev/null)" \
+                     "$(command -v wine 2>/dev/null)"; do
+        if [ -n "$candidate" ] && [ -x "$candidate" ]; then
+            wine_binary=$candidate
+            wineserver_binary=$(dirname "$candidate")/wineserver
+            [ -x "$wineserver_binary" ] || wineserver_binary=$(command -v wineserver 2>/dev/null || true)
+            return 0
+        fi
+    done
+    echo "quondale: no Wine found (run ./quondale setup)" >&2
+    return 1
+}
+
+# The prefix belongs to the build folder so that a fresh checkout never touches ~/.wine.
+export WINEPREFIX="${QUONDALE_WINEPREFIX:-$quondale_root/build/wineprefix}"
+export WINEDEBUG="${WINEDEBUG:--all}"
+export WINEARCH=win64
+
+# Creates the prefix once; a lock keeps parallel test runs from booting it twice.
+ensure_prefix() {
+    find_wine || return 1
+    [ -f "$WINEPREFIX/system.reg" ] && return 0
+    mkdir -p "$(dirname "$WINEPREFIX")"
+    (
+        flock 9
+        if [ ! -f "$WINEPREFIX/system.reg" ]; then
+            echo "quondale: creating Wine prefix $WINEPREFIX" >&2
+            # No Mono or Gecko: their installers would ask questions.
+            WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" DISPLAY= \
+                "$wine_binary" wineboot -i </dev/null >/dev/null 2>&1
+            "$wineserver_binary" -w
+        fi
+    ) 9>"$WINEPREFIX.lock"
+    [ -f "$WINEPREFIX/system.reg" ] || { echo "quondale: wineboot failed for $WINEPREFIX" >&2; return 1; }
+}
+
+display_answers() {
+    [ -n "${DISPLAY:-}" ] && command -v xdpyinfo >/dev/null && xdpyinfo >/dev/null 2>&1
+}
+
+xvfb_pid=
+
+# Starts Xvfb on a display number that it picks itself (-displayfd), so parallel runs never collide.
+start_xvfb() {
+    local number_file
+    command -v Xvfb >/dev/null || { echo "quondale: Xvfb is not installed (run ./quondale setup)" >&2; return 1; }
+    number_file=$(mktemp)
+    Xvfb -displayfd 9 -screen 0 1024x768x24 -nolisten tcp 9>"$number_file" >/dev/null 2>&1 &
+    xvfb_pid=$!
+    local tries
+    for tries in $(seq 100); do
+        [ -s "$number_file" ] && break
+        kill -0 "$xvfb_pid" 2>/dev/null || break
+        sleep 0.05
+    done
+    if [ ! -s "$number_file" ]; then
+        rm -f "$number_file"
+        echo "quondale: Xvfb did not start" >&2
+        xvfb_pid=
+        return 1
+    fi
+    export DISPLAY=":$(head -n1 "$number_file")"
+    rm -f "$number_file"
+}
+
+stop_xvfb() {
+    if [ -n "$xvfb_pid" ]; then
+        kill "$xvfb_pid" 2>/dev/null
+        wait "$xvfb_pid" 2>/dev/null
+        xvfb_pid=
+    fi
+}
+
+ensure_display() {
+    display_answers || start_xvfb
+}
