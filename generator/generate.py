@@ -266,6 +266,22 @@ def gen_gls_tables(t):
     out += ['    %s,\n' % x for x in rows]
     out.append('};\n\n')
 
+    out.append('// Wrapper forwarders: how a debug wrapper reaches the capture function of its opcode,\n'
+               '// past the captureFuncs row where the wrapper itself is installed.\n')
+    for r in cmds:
+        ret = 'return ' if r.returns else ''
+        out.append('static %s GLS_APIENTRY wrapper_forward_%s(%s)\n{\n' % (r.ret, r.name, r.decl_params()))
+        out.append('    GlsContext *ctx = gls_current();\n')
+        out.append('    if (!ctx || ctx->captureNesting <= 0) {\n        gls_set_error(GLS_STATE_ERROR);\n')
+        out.append('        return%s;\n    }\n' % (' 0' if r.returns else ''))
+        out.append('    %s((%s)gls_default_capture[%d])(%s);\n}\n\n' % (ret, r.fn_type(), r.opcode, r.arg_names()))
+    rows = ['nullptr'] * OPCODE_COUNT
+    for r in cmds:
+        rows[r.opcode] = '(GlsFunc)wrapper_forward_%s' % r.name
+    out.append('const GlsFunc gls_wrapper_forwarders[GLS_OPCODE_COUNT] = {\n')
+    out += ['    %s,\n' % x for x in rows]
+    out.append('};\n\n')
+
     out.append('// Capture functions: execute and callbacks by the opcode\'s capture flags.\n')
     for r in cmds:
         op = r.opcode
