@@ -83,17 +83,11 @@ static bool ends_in_record(const GlsBlock *block)
     return record[0] == 0 && record[1] == 0 && record[2] == 0 && record[3] == 0;
 }
 
-// Drops the end record (and the pad before it) of a block.
+// Drops the end record of a block; a glsPad before it stays a command of the stream.
 static void strip_end_record(GlsBlock *block)
 {
-    if (!ends_in_record(block))
-        return;
-    block->writePos -= END_RECORD;
-    if (block->writePos - block->base >= 4) {
-        const uint16_t *pad = (const uint16_t *)(block->writePos - 4);
-        if (pad[0] == GLS_OP_glsPad && pad[1] == 4 && (block->writePos - block->base) % 8 == 0)
-            block->writePos -= 4;
-    }
+    if (ends_in_record(block))
+        block->writePos -= END_RECORD;
 }
 
 static GlsBlock *last_block(GlsContextStream *stream) { return stream->blocks ? stream->blocks->listPrev : nullptr; }

@@ -15,6 +15,7 @@
 #include <limits>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 void gls_call_sample(int opcode);
 
@@ -598,6 +599,306 @@ TEST_F(Codec, BigStatementsPassThroughTheBuffer)
     std::string statement = text();
     EXPECT_EQ(statement.size(), strlen("glsNumfv(\"big\", 20000, {") + 20000 * 5 + 2500 * 4 + strlen("\n});\n") - 1);
     EXPECT_EQ(statement.substr(statement.size() - 12), ".5, 0.5\n});\n");
+}
+
+// ---------------------------------------------------------------------------------------------
+// Binary forms and context streams
+
+// Commands of a binary stream as (opcode, payload) pairs, pads and end records left out.
+typedef std::vector<std::pair<uint32_t, std::string>> Commands;
+
+void parse_commands(const uint8_t *p, size_t length, Commands *commands)
+{
+    const uint8_t *end = p + length;
+    while (p + 4 <= end) {
+        uint16_t head[2];
+        memcpy(head, p, 4);
+        uint32_t opcode = head[0], size = head[1], header = 4;
+        if (opcode == 0) {
+            uint32_t words[2];
+            memcpy(words, p + 4, 8);
+            opcode = words[0];
+            size = words[1];
+            header = 12;
+            if (opcode == 0)
+                return; // an end record
+        }
+        ASSERT_GE(size, header);
+        if (opcode != GLS_OP_glsPad)
+            commands->push_back({opcode, std::string((const char *)p + header, size - header)});
+        p += size;
+    }
+}
+
+Commands context_stream_commands(GlsContext *ctx, const char *name)
+{
+    Commands commands;
+    intptr_t value = 0;
+    EXPECT_TRUE(gls_dict_find(ctx->contextStreamDict, name, &value));
+    GlsContextStream *stream = (GlsContextStream *)value;
+    GlsBlock *block = stream->blocks;
+    do {
+        parse_commands(block->base, (size_t)(block->writePos - block->base), &commands);
+        block = block->listNext;
+    } while (block != stream->blocks);
+    return commands;
+}
+
+TEST_F(Codec, EveryCommandFitsItsDeclaredSizeInTheBinaryForms)
+{
+    // A size that does not match the items ends the process: reaching the end is the check.
+    for (GLSenum type : {GLS_BINARY_LSB_FIRST, GLS_BINARY_MSB_FIRST, GLS_CONTEXT}) {
+        ASSERT_TRUE(glsBeginCapture((const GLubyte *)(type == GLS_CONTEXT ? "all" : ""), type, 0));
+        for (int op = 0; op < GLS_OPCODE_COUNT; ++op) {
+            if (gls_opcode_exists(op)) {
+                ctx->captureFlags[op] = GLS_CAPTURE_WRITE_BIT;
+                gls_call_sample(op);
+            }
+        }
+        glsEndCapture();
+    }
+    // All 335 and the frame, but the glsPad, which the parse leaves out.
+    EXPECT_EQ(context_stream_commands(ctx, "all").size(), 335u + 2 - 1);
+}
+
+TEST_F(Codec, ContextStreamHoldsWhatABinaryStreamHolds)
+{
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_BINARY_LSB_FIRST, 0));
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"scene", GLS_CONTEXT, 0));
+    GlsWriter *file_writer = ctx->writerStack[0], *stream_writer = ctx->writerStack[1];
+    // The same calls go to both writers: the context stream's and, by hand, the external one.
+    for (int i = 0; i < 30000; ++i) {
+        const GLfloat v[3] = {(GLfloat)i, 1, 2};
+        for (GlsWriter *writer : {stream_writer, file_writer}) {
+            ctx->currentWriter = writer;
+            dispatch_glColor3dv((const GLdouble[]){0.5, 0.25, 1});
+            dispatch_glVertex3fv(v);
+            dispatch_glsComment((const GLubyte *)"odd");
+        }
+    }
+    ctx->currentWriter = stream_writer;
+    glsEndCapture();
+    glsEndCapture();
+    Commands external;
+    parse_commands((const uint8_t *)written.data(), written.size(), &external);
+    Commands inside = context_stream_commands(ctx, "scene");
+    EXPECT_EQ(inside.size(), 90002u);
+    EXPECT_TRUE(inside == external);
+    intptr_t value = 0;
+    gls_dict_find(ctx->contextStreamDict, "scene", &value);
+    EXPECT_NE(((GlsContextStream *)value)->blocks->listNext, ((GlsContextStream *)value)->blocks) << "grew into blocks";
+}
+
+TEST_F(Codec, ContextStreamsAppendOrStartOver)
+{
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"list", GLS_CONTEXT, 0));
+    dispatch_glEnd();
+    glsEndCapture();
+    EXPECT_EQ(glsGetStreamSize((const GLubyte *)"list"), 20u + 4 + 12 + 4);  // a glsPad before the end record
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"list", GLS_CONTEXT, GLS_WRITE_APPEND | GLS_WRITE_NO_FRAME));
+    dispatch_glFlush();
+    EXPECT_FALSE(glsBeginCapture((const GLubyte *)"list", GLS_CONTEXT, 0)) << "being written";
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+    glsEndCapture();
+    Commands commands = context_stream_commands(ctx, "list");
+    ASSERT_EQ(commands.size(), 4u);  // pads left out
+    EXPECT_EQ(commands[1].first, 74u);   // glEnd
+    EXPECT_EQ(commands[2].first, 20u);   // glsEndGLS
+    EXPECT_EQ(commands[3].first, 195u);  // glFlush, appended behind the old end
+    EXPECT_EQ(glsGetStreamSize((const GLubyte *)"list"), 20u + 4 + 12 + 4 + 4 + 4);
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"list", GLS_CONTEXT, GLS_WRITE_NO_FRAME));
+    glsEndCapture();
+    EXPECT_EQ(glsGetStreamSize((const GLubyte *)"list"), 0u);
+    EXPECT_TRUE(glsIsContextStream((const GLubyte *)"list"));
+    EXPECT_EQ(glsGetStreamType(GLS_STREAM_TYPE, (const GLubyte *)"list"), (GLuint)GLS_CONTEXT);
+    glsDeleteStream((const GLubyte *)"list");
+    EXPECT_FALSE(glsIsContextStream((const GLubyte *)"list"));
+    EXPECT_EQ(ctx->contextStreamList.count, 0);
+}
+
+TEST_F(Codec, ContextStreamBlockEndsOnAnEightByteBoundary)
+{
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"pad", GLS_CONTEXT, GLS_WRITE_NO_FRAME));
+    dispatch_glEnd();
+    glsEndCapture();
+    intptr_t value = 0;
+    ASSERT_TRUE(gls_dict_find(ctx->contextStreamDict, "pad", &value));
+    // The first block, of 24 bytes, has no room: the command went to a block of its own.
+    GlsBlock *block = ((GlsContextStream *)value)->blocks->listPrev;
+    ASSERT_EQ(block->writePos - block->base, 4 + 4 + 20);
+    const uint16_t expected[14] = {74, 4, GLS_OP_glsPad, 4};
+    EXPECT_EQ(memcmp(block->base, expected, sizeof expected), 0);
+}
+
+TEST_F(Codec, DoublesAreAlignedInTheBinaryForm)
+{
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_BINARY_LSB_FIRST, GLS_WRITE_NO_FRAME));
+    dispatch_glColor3dv((const GLdouble[]){1, 2, 3});  // at the start: a glsPad first
+    dispatch_glEnd();
+    dispatch_glEnd();                                  // grows by a word for the next one
+    dispatch_glColor3dv((const GLdouble[]){4, 5, 6});
+    dispatch_glMapGrid2d(1, 0, 1, 2, 0, 1);            // a word between its int and its doubles
+    glsEndCapture();
+    const uint8_t *bytes = (const uint8_t *)written.data();
+    auto header = [&](size_t at) { uint16_t h[2]; memcpy(h, bytes + at, 4); return std::make_pair(h[0], h[1]); };
+    auto number = [&](size_t at) { double d; memcpy(&d, bytes + at, 8); return d; };
+    EXPECT_EQ(header(0), std::make_pair((uint16_t)GLS_OP_glsPad, (uint16_t)4));
+    EXPECT_EQ(header(4), std::make_pair((uint16_t)58, (uint16_t)28));
+    EXPECT_EQ(header(32), std::make_pair((uint16_t)74, (uint16_t)4));
+    EXPECT_EQ(header(36), std::make_pair((uint16_t)74, (uint16_t)8));
+    EXPECT_EQ(header(44), std::make_pair((uint16_t)58, (uint16_t)28));
+    EXPECT_EQ(number(48), 4);
+    EXPECT_EQ(header(72), std::make_pair((uint16_t)204, (uint16_t)48));
+    EXPECT_EQ(number(80), 0);   // u1
+    EXPECT_EQ(number(88), 1);   // u2
+    EXPECT_EQ(number(104), 0);  // v1, behind vn and the empty word
+    EXPECT_EQ(written.size(), 120u);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Stream names, prefixes, types
+
+TEST_F(Codec, ReadPrefixesComeFromTheEnvironment)
+{
+    setenv("GLS_READ_PREFIX_LIST", "first;second", 1);
+    setenv("GLS_LIST_SEPARATOR", ";", 1);
+    setenv("GLS_WRITE_PREFIX", "out/", 1);
+    GLuint other = glsGenContext();
+    unsetenv("GLS_READ_PREFIX_LIST");
+    unsetenv("GLS_LIST_SEPARATOR");
+    unsetenv("GLS_WRITE_PREFIX");
+    glsContext(other);
+    GlsContext *made = gls_current();
+    ASSERT_EQ(made->readPrefixList.count, 3);
+    EXPECT_STREQ(gls_read_prefix(made, 0), "first");
+    EXPECT_STREQ(gls_read_prefix(made, 1), "second");
+    EXPECT_STREQ(gls_read_prefix(made, 2), "");
+    glsPrependReadPrefix((const GLubyte *)"zero");
+    EXPECT_STREQ(gls_read_prefix(made, 0), "zero");
+    glsRemoveReadPrefix(1);
+    EXPECT_STREQ(gls_read_prefix(made, 1), "second");
+    glsRemoveReadPrefix(3);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    EXPECT_STREQ((const char *)glsGetStreamAttrib(GLS_WRITE_NAME, (const GLubyte *)"a.gls"), "out/a.gls");
+    glsDeleteContext(other);
+    glsContext(id);
+}
+
+TEST_F(Codec, StreamTypeAndCrcOfFiles)
+{
+    char directory[] = "/tmp/codec_typesXXXXXX";
+    ASSERT_TRUE(mkdtemp(directory));
+    glsWritePrefix((const GLubyte *)(std::string(directory) + "/").c_str());
+    glsPrependReadPrefix((const GLubyte *)(std::string(directory) + "/").c_str());
+    const GLSenum types[3] = {GLS_TEXT, GLS_BINARY_LSB_FIRST, GLS_BINARY_MSB_FIRST};
+    for (GLSenum type : types) {
+        std::string name = "stream" + std::to_string(type);
+        ASSERT_TRUE(glsBeginCapture((const GLubyte *)name.c_str(), type, 0));
+        dispatch_glEnd();
+        glsEndCapture();
+        EXPECT_EQ(glsGetStreamType(GLS_STREAM_TYPE, (const GLubyte *)name.c_str()), (GLuint)type);
+        EXPECT_EQ(std::string((const char *)glsGetStreamAttrib(GLS_READ_NAME, (const GLubyte *)name.c_str())),
+                  std::string(directory) + "/" + name);
+        glsDeleteStream((const GLubyte *)name.c_str());
+    }
+    FILE *file = fopen((std::string(directory) + "/check").c_str(), "wb");
+    fputs("123456789", file);
+    fclose(file);
+    EXPECT_EQ(glsGetStreamType(GLS_CRC32, (const GLubyte *)"check"), 0xFC891918u);
+    glsDeleteStream((const GLubyte *)"check");
+    glsDeleteStream((const GLubyte *)"check");
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    rmdir(directory);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Name tables and dictionaries
+
+TEST(Names, PagesHoldOneNameAValue)
+{
+    EXPECT_STREQ(gls_gl_enum_name(0), "GL_POINTS");
+    EXPECT_STREQ(gls_gl_enum_name(0x0B71), "GL_DEPTH_TEST");
+    EXPECT_STREQ(gls_gl_enum_name(0x8074), "GL_VERTEX_ARRAY");
+    EXPECT_STREQ(gls_gl_enum_name(0x8011), "GL_CONVOLUTION_2D");  // the imaging subset
+    EXPECT_STREQ(gls_gl_enum_name(0x0100), "GL_ACCUM");           // not GL_DEPTH_BUFFER_BIT
+    EXPECT_EQ(gls_gl_enum_name(133 * 256), nullptr);
+    EXPECT_EQ(gls_gl_enum_name(0xFFFFFFFF), nullptr);
+    EXPECT_STREQ(gls_gls_enum_name(GLS_TILEABLE), "GLS_TILEABLE");
+    EXPECT_STREQ(gls_gls_enum_name(341), "GLS_MAX_CAPTURE_NESTING");
+    EXPECT_EQ(gls_gls_enum_name(15), nullptr);
+    EXPECT_EQ(gls_gls_enum_name(-1), nullptr);
+}
+
+TEST(Names, DictionariesFindEveryName)
+{
+    const GlsDictionarySet *set = gls_dictionaries();
+    ASSERT_NE(set, nullptr);
+    EXPECT_EQ(set, gls_dictionaries()) << "built once";
+    intptr_t value = -1;
+    EXPECT_TRUE(gls_dict_find(set->glEnumDict, "GL_TRUE", &value));
+    EXPECT_EQ(value, 1);
+    EXPECT_TRUE(gls_dict_find(set->glEnumDict, "GL_NO_ERROR", &value));
+    EXPECT_EQ(value, 0);
+    EXPECT_TRUE(gls_dict_find(set->glEnumDict, "GL_CONVOLUTION_BORDER_MODE_EXT", &value));
+    EXPECT_EQ(value, 0x8013);
+    EXPECT_TRUE(gls_dict_find(set->glsEnumDict, "GLS_TEXT", &value));
+    EXPECT_EQ(value, 67);
+    EXPECT_TRUE(gls_dict_find(set->glsOpDict, "glClear", &value));
+    EXPECT_EQ(value, 181);
+    EXPECT_EQ(set->glsOpDict->count, 335);
+    EXPECT_TRUE(gls_dict_find(set->glAttribMaskDict, "GL_MULTISAMPLE_BIT_EXT", &value));
+    EXPECT_EQ(value, 0x20000000);
+    EXPECT_EQ(set->glClientAttribMaskDict->count, 4);
+    EXPECT_FALSE(gls_dict_find(set->glEnumDict, "GL_NOT_A_NAME", &value));
+    // Every page row is found again under its own name.
+    for (uint32_t v = 0; v < 133 * 256; ++v) {
+        if (const char *name = gls_gl_enum_name(v)) {
+            ASSERT_TRUE(gls_dict_find(set->glEnumDict, name, &value)) << name;
+            ASSERT_EQ((uint32_t)value, v) << name;
+        }
+    }
+}
+
+TEST(Containers, DictionaryGrowsAndCopiesKeys)
+{
+    EXPECT_EQ(gls_dict_create(0, 0), nullptr);
+    GlsDict *dict = gls_dict_create(1, 0);
+    ASSERT_NE(dict, nullptr);
+    char key[16];
+    for (int i = 0; i < 1000; ++i) {
+        snprintf(key, sizeof key, "k%d", i);
+        ASSERT_TRUE(gls_dict_insert(dict, key, i));
+    }
+    EXPECT_FALSE(gls_dict_insert(dict, "k7", 0)) << "a key is refused twice";
+    EXPECT_GE(dict->mask + 1, 1000u);
+    intptr_t value;
+    for (int i = 0; i < 1000; ++i) {
+        snprintf(key, sizeof key, "k%d", i);
+        ASSERT_TRUE(gls_dict_find(dict, key, &value));
+        ASSERT_EQ(value, i);
+    }
+    EXPECT_TRUE(gls_dict_remove(dict, "k500"));
+    EXPECT_FALSE(gls_dict_find(dict, "k500", &value));
+    EXPECT_EQ(dict->count, 999);
+    gls_dict_delete(dict);
+}
+
+TEST(Containers, CountedListKeepsItsCursorIndex)
+{
+    GlsList list = {};
+    GlsBox boxes[3];
+    gls_list_append(&list, &boxes[0]);
+    gls_list_append(&list, &boxes[1]);
+    list.cursor = &boxes[1];
+    list.cursorIndex = 1;
+    gls_list_prepend(&list, &boxes[2]);
+    EXPECT_EQ(list.cursorIndex, 2);
+    EXPECT_EQ(gls_list_at(&list, 0), &boxes[2]);
+    EXPECT_EQ(gls_list_at(&list, 2), &boxes[1]);
+    gls_list_remove(&list, &boxes[0]);
+    EXPECT_EQ(list.cursor, nullptr);
+    EXPECT_EQ(list.count, 2);
+    EXPECT_EQ(gls_list_at(&list, 1), &boxes[1]);
 }
 
 }  // namespace
