@@ -1,0 +1,207 @@
+// Per-call cost of the debugger on an immediate-mode workload, run under Wine:
+//   direct       the system's opengl32.dll, no quondale
+//   nosession    through quondale.dll on a thread without a session (context made current by the
+//                system's own wglMakeCurrent, so no WGL export of quondale is ever called)
+//   debugged     a session, Continue pressed, History off
+//   history      a session, Continue pressed, History on: every call recorded to the history
+// With no mode it runs all four, each as a fresh process, and prints nanoseconds per call and the
+// ratios to the direct run.
+#include <windows.h>
+
+#include <GL/gl.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+enum : int {
+    FRAMES = 100,
+    TRIANGLES_PER_FRAME = 1200, // 3 vertices of colour, normal, vertex: 10,802 calls a frame
+    CONTROL_CONTINUE = 109,
+    CONTROL_HISTORY = 116,
+};
+
+static HWND make_window()
+{
+    WNDCLASSA window_class = {};
+    window_class.style = CS_OWNDC;
+    window_class.lpfnWndProc = DefWindowProcA;
+    window_class.hInstance = GetModuleHandleA(nullptr);
+    window_class.lpszClassName = "gl_calls_bench";
+    RegisterClassA(&window_class);
+    return CreateWindowA("gl_calls_bench", "gl_calls_bench", WS_OVERLAPPEDWINDOW, 0, 0, 256, 256, nullptr,
+                         nullptr, window_class.hInstance, nullptr);
+}
+
+static int choose_format(HDC dc)
+{
+    PIXELFORMATDESCRIPTOR format = {};
+    format.nSize = sizeof format;
+    format.nVersion = 1;
+    format.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL | PFD_DOUBLEBUFFER;
+    format.iPixelType = PFD_TYPE_RGBA;
+    format.cColorBits = 24;
+    format.cDepthBits = 16;
+    int index = ChoosePixelFormat(dc, &format);
+    SetPixelFormat(dc, index, &format);
+    return index;
+}
+
+static BOOL CALLBACK match_control_window(HWND window, LPARAM found)
+{
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    char title[64];
+    if (process == GetCurrentProcessId() && GetWindowTextA(window, title, sizeof title) &&
+        strcmp(title, "quondale") == 0) {
+        *(HWND *)found = window;
+        return FALSE;
+    }
+    return TRUE;
+}
+
+// The control window of this process, once the panel has shown it.
+static HWND find_control_window()
+{
+    HWND found = nullptr;
+    for (int attempt = 0; attempt < 600 && !found; ++attempt) {
+        EnumWindows(match_control_window, (LPARAM)&found);
+        if (!found)
+            Sleep(50);
+    }
+    return found;
+}
+
+static bool history_wanted;
+
+// Presses the buttons a person would: History off if asked, then Continue.
+static DWORD WINAPI press_continue(void *)
+{
+    HWND control = find_control_window();
+    if (!control) {
+        fprintf(stderr, "gl_calls_bench: no control window\n");
+        ExitProcess(3);
+    }
+    bool history_on = SendDlgItemMessageA(control, CONTROL_HISTORY, BM_GETCHECK, 0, 0) == BST_CHECKED;
+    if (history_on != history_wanted)
+        SendDlgItemMessageA(control, CONTROL_HISTORY, BM_CLICK, 0, 0);
+    SendDlgItemMessageA(control, CONTROL_CONTINUE, BM_CLICK, 0, 0);
+    return 0;
+}
+
+static double run_workload()
+{
+    LARGE_INTEGER frequency, start, end;
+    QueryPerformanceFrequency(&frequency);
+    QueryPerformanceCounter(&start);
+    long long calls = 0;
+    for (int frame = 0; frame < FRAMES; ++frame) {
+        glBegin(GL_TRIANGLES);
+        for (int i = 0; i < TRIANGLES_PER_FRAME * 3; ++i) {
+            float x = (float)(i % 97) / 97.0f, y = (float)(i % 89) / 89.0f;
+            glColor3f(x, y, 0.5f);
+            glNormal3f(0.0f, 0.0f, 1.0f);
+            glVertex3f(x * 2 - 1, y * 2 - 1, 0.0f);
+        }
+        glEnd();
+        calls += 2 + TRIANGLES_PER_FRAME * 9;
+    }
+    glFinish();
+    QueryPerformanceCounter(&end);
+    double seconds = (double)(end.QuadPart - start.QuadPart) / (double)frequency.QuadPart;
+    return seconds * 1e9 / (double)(calls + 1);
+}
+
+typedef BOOL(WINAPI *MakeCurrentFunc)(HDC, HGLRC);
+typedef HGLRC(WINAPI *CreateContextFunc)(HDC);
+
+static int run_mode(const char *mode)
+{
+    HWND window = make_window();
+    HDC dc = GetDC(window);
+    if (strcmp(mode, "nosession") == 0) {
+        // The system library's own WGL: quondale sees GL calls only, on a thread without a session.
+        char path[MAX_PATH];
+        GetSystemDirectoryA(path, MAX_PATH);
+        strcat(path, "\\opengl32.dll");
+        HMODULE real = LoadLibraryA(path);
+        auto create = (CreateContextFunc)(void *)GetProcAddress(real, "wglCreateContext");
+        auto make_current = (MakeCurrentFunc)(void *)GetProcAddress(real, "wglMakeCurrent");
+        PIXELFORMATDESCRIPTOR format = {};
+        format.nSize = sizeof format;
+        format.nVersion = 1;
+        format.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL | PFD_DOUBLEBUFFER;
+        format.cColorBits = 24;
+        auto choose = (int(WINAPI *)(HDC, const PIXELFORMATDESCRIPTOR *))(void *)GetProcAddress(real, "wglChoosePixelFormat");
+        auto set = (BOOL(WINAPI *)(HDC, int, const PIXELFORMATDESCRIPTOR *))(void *)GetProcAddress(real, "wglSetPixelFormat");
+        set(dc, choose(dc, &format), &format);
+        make_current(dc, create(dc));
+    } else {
+        choose_format(dc);
+        HGLRC context = wglCreateContext(dc);
+        wglMakeCurrent(dc, context);
+        if (strcmp(mode, "debugged") == 0 || strcmp(mode, "history") == 0) {
+            history_wanted = strcmp(mode, "history") == 0;
+            CloseHandle(CreateThread(nullptr, 0, press_continue, nullptr, 0, nullptr));
+        }
+    }
+    double per_call = run_workload();
+    printf("%.2f\n", per_call);
+    fflush(stdout);
+    // Leave without the panel's Quit: the temporary directory stays, as after any program exit.
+    ExitProcess(0);
+}
+
+// Runs this program again in one mode and reads the figure it prints.
+static double measure(const char *mode)
+{
+    char exe[MAX_PATH];
+    GetModuleFileNameA(nullptr, exe, MAX_PATH);
+    std::string program = exe;
+    if (strcmp(mode, "direct") == 0) {
+        // A copy in a folder without quondale, so that the loader finds the system's opengl32.
+        std::string folder = program.substr(0, program.find_last_of('\\')) + "\\direct";
+        CreateDirectoryA(folder.c_str(), nullptr);
+        std::string copy = folder + "\\gl_calls_bench.exe";
+        CopyFileA(exe, copy.c_str(), FALSE);
+        program = copy;
+    }
+    std::string command = "\"" + program + "\" " + mode;
+    SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
+    HANDLE read_end, write_end;
+    CreatePipe(&read_end, &write_end, &inherit, 0);
+    SetHandleInformation(read_end, HANDLE_FLAG_INHERIT, 0);
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = write_end;
+    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    PROCESS_INFORMATION process;
+    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process))
+        return -1;
+    CloseHandle(write_end);
+    char text[64] = {};
+    DWORD got = 0;
+    ReadFile(read_end, text, sizeof text - 1, &got, nullptr);
+    WaitForSingleObject(process.hProcess, 300000);
+    CloseHandle(process.hProcess);
+    CloseHandle(process.hThread);
+    CloseHandle(read_end);
+    return got ? atof(text) : -1;
+}
+
+int main(int argc, char **argv)
+{
+    if (argc > 1)
+        return run_mode(argv[1]);
+    const char *modes[] = {"direct", "nosession", "debugged", "history"};
+    double figures[4];
+    printf("immediate-mode workload: %d calls\n", FRAMES * (2 + TRIANGLES_PER_FRAME * 9));
+    for (int i = 0; i < 4; ++i) {
+        figures[i] = measure(modes[i]);
+        printf("%-10s %8.1f ns/call  %6.2fx direct\n", modes[i], figures[i],
+               figures[0] > 0 ? figures[i] / figures[0] : 0.0);
+        fflush(stdout);
+    }
+    return 0;
+}
