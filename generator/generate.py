@@ -1,19 +1,26 @@
 #!/usr/bin/env python3
 """Generates every repetitive layer of quondale from interception/calls.tbl.
 
-    generate.py TABLE OUTDIR
+    generate.py TABLE OUTDIR GL_XML
 
-writes into OUTDIR:
+GL_XML is the Khronos registry, the source of the GL enumerant names. Writes into OUTDIR:
     catalogue.cpp       the four catalogue name lists, opcode of call, wrapper of opcode rows
     gls_tables.cpp      per-opcode tables: names, attribute bytes, bind list, null functions,
-                        table forwarders, default capture functions
+                        table forwarders, capture functions and wrapper forwarders (capture.py)
     exports.cpp         the exported GL entry points (direct, scalar folding, alias), the WGL
                         exports and the GDI wrappers
+    wrappers.cpp        the debug wrappers, one per GL catalogue row; hooks.h their after-call hooks
+    gls_names.cpp       GL and GLS enumerant pages and the alias table (enums.py)
+    command_samples.cpp a call of every command, for the unit tests (capture.py)
+    dispatch_calls.h    typed calls through a context's dispatch rows, for native tests
     quondale-x86_64.def, quondale-i686.def, opengl32-x86_64.def, opengl32-i686.def
 """
 import os
 import re
 import sys
+
+import capture
+import enums
 
 OPCODE_COUNT = 496
 
@@ -27,7 +34,16 @@ WIDE_TYPES = {'GLdouble', 'GLclampd', 'GLlong', 'GLulong', 'double'}
 class Param:
     def __init__(self, text):
         text = ' '.join(text.split())
-        m = re.match(r'^(.*?)([A-Za-z_][A-Za-z0-9_]*)$', text)
+        # TYPE NAME[@KIND[(ARGS)]]: the stream kind, where the C type does not say it.
+        self.kind, self.kind_args = None, []
+        if '@' in text:
+            text, kind = text.split('@', 1)
+            m = re.match(r'^([A-Za-z][A-Za-z0-9]*)(?:\((.*)\))?$', kind.strip())
+            if not m:
+                raise ValueError('bad stream kind: %r' % kind)
+            self.kind = m.group(1)
+            self.kind_args = [a.strip() for a in m.group(2).split(',')] if m.group(2) else []
+        m = re.match(r'^(.*?)([A-Za-z_][A-Za-z0-9_]*)$', text.strip())
         if not m:
             raise ValueError('bad parameter: %r' % text)
         self.ctype = m.group(1).strip()
@@ -61,6 +77,7 @@ class Row:
         self.target = None
         self.hook = False
         self.wrapper_family = None
+        self.execute = None
 
     @property
     def returns(self):
@@ -83,6 +100,18 @@ class Row:
         return sum(p.stack_size(arch) for p in self.params)
 
 
+def split_top(text):
+    """Splits a parameter list at the commas outside parentheses."""
+    parts, depth, start = [], 0, 0
+    for i, c in enumerate(text):
+        depth += (c == '(') - (c == ')')
+        if c == ',' and depth == 0:
+            parts.append(text[start:i])
+            start = i + 1
+    parts.append(text[start:])
+    return parts
+
+
 def parse_table(path):
     rows = []
     for number, line in enumerate(open(path, encoding='utf-8'), 1):
@@ -98,7 +127,7 @@ def parse_table(path):
             m = re.match(r'^(.*?)\s*\((.*)\)$', sig.strip())
             ret = ' '.join(m.group(1).split())
             ptext = m.group(2).strip()
-            params = [] if ptext in ('', 'void') else [Param(t) for t in ptext.split(',')]
+            params = [] if ptext in ('', 'void') else [Param(t) for t in split_top(ptext)]
             words = head.split()
             fields = [w for w in words[2:] if '=' not in w]
             keys = dict(w.split('=', 1) for w in words[2:] if '=' in w)
@@ -106,6 +135,7 @@ def parse_table(path):
             row.attr = int(keys.get('attr', 0))
             row.hook = 'hook' in fields
             row.wrapper_family = keys.get('family')
+            row.execute = keys.get('exec')
             if row.family == 'gl':
                 row.opcode = int(fields[0])
                 row.export = fields[1]
@@ -220,7 +250,7 @@ def null_func(r):
 def gen_gls_tables(t):
     cmds = [t.commands[op] for op in sorted(t.commands)]
     gl_cmds = [r for r in cmds if r.family == 'gl']
-    out = [HEADER, '#include "gls.h"\n#include "commands.h"\n#include "tables.h"\n\n']
+    out = [HEADER, '#include "gls.h"\n#include "capture.h"\n#include "commands.h"\n#include "tables.h"\n#include "writer.h"\n\n']
     names = ['nullptr'] * OPCODE_COUNT
     attrs = ['0'] * OPCODE_COUNT
     for r in cmds:
@@ -266,37 +296,7 @@ def gen_gls_tables(t):
     out += ['    %s,\n' % x for x in rows]
     out.append('};\n\n')
 
-    out.append('// Capture functions: execute and callbacks by the opcode\'s capture flags.\n')
-    for r in cmds:
-        op = r.opcode
-        args = r.arg_names()
-        out.append('static %s GLS_APIENTRY capture_%s(%s)\n{\n' % (r.ret, r.name, r.decl_params()))
-        out.append('    GlsContext *ctx = gls_current();\n')
-        out.append('    unsigned flags = ctx->captureFlags[%d];\n' % op)
-        if r.returns:
-            out.append('    %s result = 0;\n' % r.ret)
-        out.append('    if ((flags & GLS_CAPTURE_CALLBACK_BIT) && ctx->captureEntryFunc) {\n')
-        out.append('        ctx->captureEntryFunc(%d);\n        flags = ctx->captureFlags[%d];\n    }\n' % (op, op))
-        out.append('    if (flags & GLS_CAPTURE_EXECUTE_BIT) {\n')
-        assign = 'result = ' if r.returns else ''
-        if r.family == 'gl':
-            out.append('        int token = enterDirectCall(ctx, %d);\n' % op)
-            out.append('        %s((%s)gls_default_dispatch[%d])(%s);\n' % (assign, r.fn_type(), op, args))
-            out.append('        leaveDirectCall(ctx, %d, token);\n' % op)
-        else:
-            out.append('        %sexecute_%s(%s);\n' % (assign, r.name, args))
-        out.append('    }\n')
-        out.append('    if ((flags & GLS_CAPTURE_CALLBACK_BIT) && ctx->captureExitFunc)\n')
-        out.append('        ctx->captureExitFunc(%d);\n' % op)
-        if r.returns:
-            out.append('    return result;\n')
-        out.append('}\n\n')
-    rows = ['nullptr'] * OPCODE_COUNT
-    for r in cmds:
-        rows[r.opcode] = '(GlsFunc)capture_%s' % r.name
-    out.append('const GlsFunc gls_default_capture[GLS_OPCODE_COUNT] = {\n')
-    out += ['    %s,\n' % x for x in rows]
-    out.append('};\n\n')
+    out.append(capture.gen_capture(cmds))
 
     out.append('// Rows 16 to 45 execute the codec commands; rows 48 and up are bound at start.\n')
     rows = ['nullptr'] * OPCODE_COUNT
@@ -313,6 +313,11 @@ def gen_commands_header(t):
            '// Execute functions of the codec commands.\n']
     for r in t.gls:
         out.append('%s GLS_APIENTRY execute_%s(%s);\n' % (r.ret, r.name, r.decl_params()))
+    out.append('\n// Execute steps that keep the client-state shadow (rows marked exec=shadow).\n'
+               'struct GlsContext;\n')
+    for r in sorted(t.commands.values(), key=lambda r: r.opcode):
+        if r.execute == 'shadow':
+            out.append('%s shadow_%s(GlsContext *ctx, %s);\n' % (r.ret, r.name, r.decl_params()))
     return ''.join(out)
 
 
@@ -468,11 +473,21 @@ def gen_forwarding_def(t):
     return ''.join(out)
 
 
+def vendor_extensions(t):
+    return {r.comment.split()[0] for r in t.gl if r.comment.startswith('GL_')}
+
+
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) != 4:
         sys.exit(__doc__)
     table = Table(parse_table(sys.argv[1]))
     outdir = sys.argv[2]
+    types_path = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'gls', 'gls_types.h')
+    try:
+        names = enums.gen_enums(sys.argv[3], types_path, vendor_extensions(table), HEADER)
+    except (OSError, ValueError) as error:
+        sys.exit('gl.xml: %s' % error)
+    commands = [table.commands[op] for op in sorted(table.commands)]
     os.makedirs(outdir, exist_ok=True)
     write(os.path.join(outdir, 'catalogue.cpp'), gen_catalogue(table))
     write(os.path.join(outdir, 'commands.h'), gen_commands_header(table))
@@ -480,6 +495,9 @@ def main():
     write(os.path.join(outdir, 'exports.cpp'), gen_exports(table))
     write(os.path.join(outdir, 'wrappers.cpp'), gen_wrappers(table))
     write(os.path.join(outdir, 'hooks.h'), gen_hooks_header(table))
+    write(os.path.join(outdir, 'gls_names.cpp'), names)
+    write(os.path.join(outdir, 'command_samples.cpp'), capture.gen_samples(commands))
+    write(os.path.join(outdir, 'dispatch_calls.h'), capture.gen_dispatch_calls(commands))
     for arch in ('x86_64', 'i686'):
         write(os.path.join(outdir, 'quondale-%s.def' % arch), gen_def(table, arch))
     write(os.path.join(outdir, 'opengl32.def'), gen_forwarding_def(table))

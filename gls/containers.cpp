@@ -2,6 +2,8 @@
 
 #include "gls.h"
 
+#include <cstring>
+
 void gls_list_append(GlsList *list, GlsBox *box)
 {
     if (!list->head) {
@@ -182,5 +184,163 @@ bool gls_intmap_remove(GlsIntMap *map, int64_t key)
     }
     gls_free(node);
     --map->count;
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// String dictionary
+
+static uint32_t key_hash(const char *key)
+{
+    uint32_t sum = 0;
+    for (const unsigned char *p = (const unsigned char *)key; *p; ++p)
+        sum += *p;
+    return sum;
+}
+
+GlsDict *gls_dict_create(int size, int keepKeys)
+{
+    if (size < 1)
+        return nullptr;
+    GlsDict *dict = (GlsDict *)gls_calloc(sizeof(GlsDict));
+    if (!dict)
+        return nullptr;
+    uint32_t count = bucket_count_for(size);
+    dict->buckets = (GlsDictNode **)gls_calloc(count * sizeof(GlsDictNode *));
+    if (!dict->buckets) {
+        gls_free(dict);
+        return nullptr;
+    }
+    dict->mask = count - 1;
+    dict->keepKeys = keepKeys;
+    return dict;
+}
+
+static void free_dict_node(const GlsDict *dict, GlsDictNode *node)
+{
+    if (!dict->keepKeys)
+        gls_free((void *)node->key);
+    gls_free(node);
+}
+
+void gls_dict_delete(GlsDict *dict)
+{
+    if (!dict)
+        return;
+    for (uint32_t i = 0; i <= dict->mask; ++i) {
+        GlsDictNode *head = dict->buckets[i];
+        if (!head)
+            continue;
+        GlsDictNode *node = head;
+        do {
+            GlsDictNode *next = node->next;
+            free_dict_node(dict, node);
+            node = next;
+        } while (node != head);
+    }
+    gls_free(dict->buckets);
+    gls_free(dict);
+}
+
+static void dict_push_front(GlsDictNode **bucket, GlsDictNode *node)
+{
+    GlsDictNode *head = *bucket;
+    if (!head) {
+        node->next = node->prev = node;
+    } else {
+        node->next = head;
+        node->prev = head->prev;
+        head->prev->next = node;
+        head->prev = node;
+    }
+    *bucket = node;
+}
+
+static void dict_grow(GlsDict *dict)
+{
+    uint32_t count = dict->mask * 2 + 2;
+    GlsDictNode **buckets = (GlsDictNode **)gls_calloc(count * sizeof(GlsDictNode *));
+    if (!buckets)
+        return; // the table stays as it is; the insert goes on
+    for (uint32_t i = 0; i <= dict->mask; ++i) {
+        GlsDictNode *node = dict->buckets[i];
+        if (!node)
+            continue;
+        node->prev->next = nullptr;
+        while (node) {
+            GlsDictNode *next = node->next;
+            dict_push_front(&buckets[key_hash(node->key) & (count - 1)], node);
+            node = next;
+        }
+    }
+    gls_free(dict->buckets);
+    dict->buckets = buckets;
+    dict->mask = count - 1;
+}
+
+static GlsDictNode *dict_node(const GlsDict *dict, const char *key)
+{
+    GlsDictNode *head = dict->buckets[key_hash(key) & dict->mask];
+    GlsDictNode *node = head;
+    if (!node)
+        return nullptr;
+    do {
+        if (strcmp(node->key, key) == 0)
+            return node;
+        node = node->next;
+    } while (node != head);
+    return nullptr;
+}
+
+bool gls_dict_insert(GlsDict *dict, const char *key, intptr_t value)
+{
+    if (dict_node(dict, key))
+        return false;
+    GlsDictNode *node = (GlsDictNode *)gls_calloc(sizeof(GlsDictNode));
+    if (!node)
+        return false;
+    if (dict->keepKeys) {
+        node->key = key;
+    } else {
+        size_t length = strlen(key) + 1;
+        char *copy = (char *)gls_malloc(length);
+        if (!copy) {
+            gls_free(node);
+            return false;
+        }
+        memcpy(copy, key, length);
+        node->key = copy;
+    }
+    node->value = value;
+    if ((uint32_t)dict->count++ > dict->mask)
+        dict_grow(dict);
+    dict_push_front(&dict->buckets[key_hash(key) & dict->mask], node);
+    return true;
+}
+
+bool gls_dict_find(const GlsDict *dict, const char *key, intptr_t *value)
+{
+    GlsDictNode *node = dict_node(dict, key);
+    if (node && value)
+        *value = node->value;
+    return node != nullptr;
+}
+
+bool gls_dict_remove(GlsDict *dict, const char *key)
+{
+    GlsDictNode *node = dict_node(dict, key);
+    if (!node)
+        return false;
+    GlsDictNode **bucket = &dict->buckets[key_hash(key) & dict->mask];
+    if (node->next == node) {
+        *bucket = nullptr;
+    } else {
+        node->prev->next = node->next;
+        node->next->prev = node->prev;
+        if (*bucket == node)
+            *bucket = node->next;
+    }
+    free_dict_node(dict, node);
+    --dict->count;
     return true;
 }

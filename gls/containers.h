@@ -29,3 +29,26 @@ void gls_intmap_delete(GlsIntMap *map);
 bool gls_intmap_insert(GlsIntMap *map, int64_t key, void *value);
 void *gls_intmap_find(const GlsIntMap *map, int64_t key);
 bool gls_intmap_remove(GlsIntMap *map, int64_t key);
+
+// String dictionary: the hash is the sum of the key's bytes. copyKeys 1 keeps the caller's
+// pointer (the key must outlive the dictionary), 0 copies it.
+struct GlsDictNode {
+    GlsDictNode *next;
+    GlsDictNode *prev;
+    const char *key;
+    intptr_t value;
+};
+
+struct GlsDict {
+    int count;
+    GlsDictNode **buckets;
+    uint32_t mask;
+    int32_t keepKeys;
+};
+
+GlsDict *gls_dict_create(int size, int keepKeys);
+void gls_dict_delete(GlsDict *dict);
+// False when the key is already there or memory runs out.
+bool gls_dict_insert(GlsDict *dict, const char *key, intptr_t value);
+bool gls_dict_find(const GlsDict *dict, const char *key, intptr_t *value);
+bool gls_dict_remove(GlsDict *dict, const char *key);

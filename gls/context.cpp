@@ -7,6 +7,7 @@
 #include "tables.h"
 #include "gls_string.h"
 #include "writer.h"
+#include "streams.h"
 
 #include <clocale>
 #include <cstdio>

@@ -1,45 +1,396 @@
-// Output streams: external writers on a named file, a callback or the default channel.
+// Streams: external writers on a named file, a callback or the default channel; context streams
+// in memory; the read and write prefixes; and the operations on streams by name.
 #include "writer.h"
 
+#include "containers.h"
 #include "gls.h"
 #include "gls_string.h"
+#include "streams.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-
-struct GlsOutStream {
-    FILE *file;
-    GlsString name;
-    int32_t ownsFile;
-    GlsWriteFunc func;
-};
 
 struct GlsPrefix {
     GlsBox box;
     GlsString text;
 };
 
+static GlsPrefix *new_prefix(const char *text)
+{
+    GlsPrefix *prefix = (GlsPrefix *)gls_calloc(sizeof(GlsPrefix));
+    if (prefix && !gls_string_set(&prefix->text, text)) {
+        gls_free(prefix);
+        return nullptr;
+    }
+    return prefix;
+}
+
+static void free_prefix(GlsPrefix *prefix)
+{
+    gls_string_free(&prefix->text);
+    gls_free(prefix);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Context streams: a ring of blocks, each a run of binary commands and an end record of five
+// words whose last holds the next block's base.
+
+enum : int { END_RECORD = 20, FIRST_BLOCK = 24, NEW_BLOCK_MIN = 65536 };
+
+static GlsBlock *new_block(size_t capacity)
+{
+    GlsBlock *block = (GlsBlock *)gls_calloc(sizeof(GlsBlock));
+    if (!block)
+        return nullptr;
+    block->base = (uint8_t *)gls_calloc(capacity);
+    if (!block->base) {
+        gls_free(block);
+        return nullptr;
+    }
+    block->end = block->base + capacity;
+    block->writePos = block->base;
+    return block;
+}
+
+static void free_block(GlsBlock *block)
+{
+    gls_free(block->base);
+    gls_free(block);
+}
+
+// Writes the end record at the block's writePos, with a glsPad first when the used length is
+// 4 modulo 8, so that the record starts on an 8-byte boundary.
+static void write_end_record(GlsBlock *block, const uint8_t *link)
+{
+    if ((block->writePos - block->base) % 8 == 4) {
+        uint16_t pad[2] = {GLS_OP_glsPad, 4};
+        memcpy(block->writePos, pad, 4);
+        block->writePos += 4;
+    }
+    uint32_t record[5] = {0, 0, 0, 0, 0};
+    uintptr_t address = (uintptr_t)link;
+    memcpy(&record[4], &address, sizeof(uint32_t)); // the low word: the record is a marker
+    memcpy(block->writePos, record, END_RECORD);
+    block->writePos += END_RECORD;
+}
+
+static bool ends_in_record(const GlsBlock *block)
+{
+    if (block->writePos - block->base < END_RECORD)
+        return false;
+    const uint32_t *record = (const uint32_t *)(block->writePos - END_RECORD);
+    return record[0] == 0 && record[1] == 0 && record[2] == 0 && record[3] == 0;
+}
+
+// Drops the end record of a block; a glsPad before it stays a command of the stream.
+static void strip_end_record(GlsBlock *block)
+{
+    if (ends_in_record(block))
+        block->writePos -= END_RECORD;
+}
+
+static GlsBlock *last_block(GlsContextStream *stream) { return stream->blocks ? stream->blocks->listPrev : nullptr; }
+
+static GlsBlock *previous_block(GlsContextStream *stream, GlsBlock *block)
+{
+    return block == stream->blocks ? nullptr : block->listPrev;
+}
+
+static void relink_previous(GlsContextStream *stream, GlsBlock *block)
+{
+    if (GlsBlock *before = previous_block(stream, block)) {
+        strip_end_record(before);
+        write_end_record(before, block->base);
+    }
+}
+
+static void append_block(GlsContextStream *stream, GlsBlock *block)
+{
+    if (!stream->blocks) {
+        block->listNext = block->listPrev = block;
+        stream->blocks = block;
+        return;
+    }
+    GlsBlock *last = stream->blocks->listPrev;
+    block->listPrev = last;
+    block->listNext = stream->blocks;
+    last->listNext = block;
+    stream->blocks->listPrev = block;
+}
+
+// Cuts the stream back to `block` at `length` bytes: its spare room goes, later blocks go.
+static void trim_stream(GlsContextStream *stream, GlsBlock *block, size_t length)
+{
+    block->writePos = block->base + length;
+    write_end_record(block, nullptr);
+    if (block->writePos < block->end) {
+        size_t used = (size_t)(block->writePos - block->base);
+        uint8_t *storage = (uint8_t *)gls_malloc(used);
+        if (storage) {
+            memcpy(storage, block->base, used);
+            gls_free(block->base);
+            block->base = storage;
+            block->end = block->writePos = storage + used;
+            relink_previous(stream, block);
+        }
+    }
+    while (stream->blocks->listPrev != block) {
+        GlsBlock *doomed = stream->blocks->listPrev;
+        doomed->listPrev->listNext = stream->blocks;
+        stream->blocks->listPrev = doomed->listPrev;
+        free_block(doomed);
+    }
+}
+
+static void free_context_stream(GlsContextStream *stream)
+{
+    while (GlsBlock *block = stream->blocks) {
+        if (block->listNext == block) {
+            stream->blocks = nullptr;
+        } else {
+            block->listPrev->listNext = block->listNext;
+            block->listNext->listPrev = block->listPrev;
+            stream->blocks = block->listNext;
+        }
+        free_block(block);
+    }
+    gls_string_free(&stream->name);
+    gls_free(stream);
+}
+
+static GlsContextStream *find_context_stream(GlsContext *ctx, const char *name)
+{
+    intptr_t value = 0;
+    if (!ctx->contextStreamDict || !gls_dict_find(ctx->contextStreamDict, name, &value))
+        return nullptr;
+    return (GlsContextStream *)value;
+}
+
+static GlsContextStream *new_context_stream(GlsContext *ctx, const char *name)
+{
+    GlsContextStream *stream = (GlsContextStream *)gls_calloc(sizeof(GlsContextStream));
+    if (!stream)
+        return nullptr;
+    GlsBlock *block = new_block(FIRST_BLOCK);
+    if (!block || !gls_string_set(&stream->name, name)) {
+        if (block)
+            free_block(block);
+        gls_string_free(&stream->name);
+        gls_free(stream);
+        return nullptr;
+    }
+    append_block(stream, block);
+    write_end_record(block, nullptr);
+    // The dictionary keeps the stream's own copy of the name as its key.
+    if (!gls_dict_insert(ctx->contextStreamDict, gls_string_text(&stream->name), (intptr_t)stream)) {
+        gls_set_error(GLS_RESOURCE_ERROR);
+        free_context_stream(stream);
+        return nullptr;
+    }
+    gls_list_append(&ctx->contextStreamList, (GlsBox *)stream);
+    return stream;
+}
+
+static void remove_context_stream(GlsContext *ctx, GlsContextStream *stream)
+{
+    gls_dict_remove(ctx->contextStreamDict, gls_string_text(&stream->name));
+    gls_list_remove(&ctx->contextStreamList, (GlsBox *)stream);
+}
+
+// The allocate slot of a context stream: grow the block in place while it is under 90% full,
+// else start a new block of at least 64 KB.
+static GLboolean context_allocate(GlsWriter *writer, size_t size)
+{
+    GlsContextStream *stream = writer->contextStream;
+    GlsBlock *block = last_block(stream);
+    size_t used = (size_t)(writer->writePos - block->base);
+    float ratio = (float)(used + FIRST_BLOCK) / (float)(block->end - block->base);
+    size_t needed = size + 28;
+    gls_flush_writer(writer);
+    block->writePos = writer->writePos;
+    if (ratio < 0.9f) {
+        uint8_t *storage = (uint8_t *)gls_malloc(used + needed);
+        if (!storage) {
+            writer->failed = 1;
+            return 0;
+        }
+        memcpy(storage, block->base, used);
+        gls_free(block->base);
+        block->base = storage;
+        block->end = storage + used + needed;
+        block->writePos = writer->writePos = storage + used;
+        writer->writeLimit = block->end - FIRST_BLOCK;
+        relink_previous(stream, block);
+        return 1;
+    }
+    GlsBlock *next = new_block(needed > (size_t)NEW_BLOCK_MIN ? needed : (size_t)NEW_BLOCK_MIN);
+    if (!next) {
+        writer->failed = 1;
+        return 0;
+    }
+    if (writer->wordParity) {
+        uint16_t pad[2] = {GLS_OP_glsPad, 4};
+        memcpy(next->writePos, pad, 4);
+        next->writePos += 4;
+    }
+    write_end_record(block, next->base);
+    append_block(stream, next);
+    writer->writePos = next->writePos;
+    writer->writeLimit = next->end - FIRST_BLOCK;
+    return 1;
+}
+
+GLboolean gls_context_allocate(GlsWriter *writer, size_t size) { return context_allocate(writer, size); }
+
+static GlsWriter *create_context_writer(GlsContext *ctx, const char *name, GLbitfield writeFlags)
+{
+    if (!ctx->contextStreamDict) {
+        ctx->contextStreamDict = gls_dict_create(16, 1);
+        if (!ctx->contextStreamDict)
+            return nullptr;
+    }
+    GlsContextStream *stream = find_context_stream(ctx, name);
+    if (stream && (stream->readCount || stream->writing)) {
+        gls_set_error(GLS_STATE_ERROR);
+        return nullptr;
+    }
+    GlsWriter *writer = (GlsWriter *)gls_calloc(sizeof(GlsWriter));
+    if (!writer)
+        return nullptr;
+    if (!stream) {
+        stream = new_context_stream(ctx, name);
+        if (!stream) {
+            gls_free(writer);
+            return nullptr;
+        }
+    } else if (!(writeFlags & GLS_WRITE_APPEND)) {
+        trim_stream(stream, stream->blocks, 0);
+    }
+    stream->writing = 1;
+    GlsBlock *block = last_block(stream);
+    strip_end_record(block);
+    writer->writePos = block->writePos;
+    writer->writeLimit = block->end - FIRST_BLOCK;
+    writer->contextStream = stream;
+    writer->wordParity = (int32_t)(((block->writePos - block->base) / 4) & 1);
+    gls_init_binary_slots(writer, GLS_CONTEXT);
+    writer->allocate = context_allocate;
+    writer->type = GLS_CONTEXT;
+    writer->writeFlags = (int)writeFlags;
+    return writer;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Per-context state
+
 void gls_streams_init(GlsContext *ctx)
 {
-    ctx->writePrefix = (GlsPrefix *)gls_calloc(sizeof(GlsPrefix));
-    if (ctx->writePrefix) {
-        const char *prefix = getenv("GLS_WRITE_PREFIX");
-        gls_string_set(&ctx->writePrefix->text, prefix ? prefix : "");
+    const char *write_prefix = getenv("GLS_WRITE_PREFIX");
+    ctx->writePrefix = new_prefix(write_prefix ? write_prefix : "");
+    const char *list = getenv("GLS_READ_PREFIX_LIST");
+    const char *separators = getenv("GLS_LIST_SEPARATOR");
+    if (!separators)
+        separators = ":";
+    while (list && *list) {
+        size_t length = strcspn(list, separators);
+        if (length) {
+            char piece[1024];
+            size_t kept = length < sizeof piece ? length : sizeof piece - 1;
+            memcpy(piece, list, kept);
+            piece[kept] = 0;
+            if (GlsPrefix *prefix = new_prefix(piece))
+                gls_list_append(&ctx->readPrefixList, &prefix->box);
+        }
+        list += length;
+        if (*list)
+            ++list;
     }
+    // The current directory is always searched last.
+    if (GlsPrefix *prefix = new_prefix(""))
+        gls_list_append(&ctx->readPrefixList, &prefix->box);
 }
 
 void gls_streams_release(GlsContext *ctx)
 {
     if (ctx->writePrefix) {
-        gls_string_free(&ctx->writePrefix->text);
-        gls_free(ctx->writePrefix);
+        free_prefix(ctx->writePrefix);
         ctx->writePrefix = nullptr;
     }
+    while (GlsBox *box = ctx->readPrefixList.head) {
+        gls_list_remove(&ctx->readPrefixList, box);
+        free_prefix((GlsPrefix *)box);
+    }
+    while (GlsBox *box = ctx->contextStreamList.head) {
+        gls_list_remove(&ctx->contextStreamList, box);
+        free_context_stream((GlsContextStream *)box);
+    }
+    gls_dict_delete(ctx->contextStreamDict);
+    ctx->contextStreamDict = nullptr;
 }
+
+static GlsContext *require_context()
+{
+    GlsContext *ctx = gls_current();
+    if (!ctx)
+        gls_set_error(GLS_STATE_ERROR);
+    return ctx;
+}
+
+void glsPrependReadPrefix(const GLubyte *prefix)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !prefix)
+        return;
+    if (GlsPrefix *entry = new_prefix((const char *)prefix))
+        gls_list_prepend(&ctx->readPrefixList, &entry->box);
+}
+
+void glsRemoveReadPrefix(GLuint index)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx)
+        return;
+    GlsBox *box = index < (GLuint)ctx->readPrefixList.count ? gls_list_at(&ctx->readPrefixList, (int)index) : nullptr;
+    if (!box) {
+        gls_set_error(GLS_PARAMETER_ERROR);
+        return;
+    }
+    gls_list_remove(&ctx->readPrefixList, box);
+    free_prefix((GlsPrefix *)box);
+}
+
+void glsWritePrefix(const GLubyte *prefix)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !prefix)
+        return;
+    GlsPrefix *entry = new_prefix((const char *)prefix);
+    if (!entry)
+        return;
+    if (ctx->writePrefix)
+        free_prefix(ctx->writePrefix);
+    ctx->writePrefix = entry;
+}
+
+const char *gls_read_prefix(const GlsContext *ctx, int index)
+{
+    GlsBox *box = gls_list_at(&ctx->readPrefixList, index);
+    return box ? gls_string_text(&((GlsPrefix *)box)->text) : nullptr;
+}
+
+const char *gls_write_prefix(const GlsContext *ctx)
+{
+    return ctx->writePrefix ? gls_string_text(&ctx->writePrefix->text) : "";
+}
+
+// ---------------------------------------------------------------------------------------------
+// External writers
 
 GlsWriter *gls_create_writer(GlsContext *ctx, const GLubyte *name, GLSenum type, GLbitfield writeFlags)
 {
+    if (type == GLS_CONTEXT)
+        return create_context_writer(ctx, (const char *)name, writeFlags);
     GlsWriter *writer = (GlsWriter *)gls_calloc(sizeof(GlsWriter));
     if (!writer)
         return nullptr;
@@ -50,8 +401,7 @@ GlsWriter *gls_create_writer(GlsContext *ctx, const GLubyte *name, GLSenum type,
     }
     writer->stream = stream;
     if (name[0]) {
-        if (ctx->writePrefix)
-            gls_string_set(&stream->name, gls_string_text(&ctx->writePrefix->text));
+        gls_string_set(&stream->name, gls_write_prefix(ctx));
         gls_string_append(&stream->name, (const char *)name, strlen((const char *)name));
         stream->file = fopen(gls_string_text(&stream->name), (writeFlags & GLS_WRITE_APPEND) ? "ab" : "wb");
         if (!stream->file) {
@@ -117,7 +467,7 @@ GLboolean gls_flush_writer(GlsWriter *writer)
 void gls_flush_stream_file(GlsWriter *writer)
 {
     FILE *file = writer->stream ? writer->stream->file : nullptr;
-    if (file && fflush(file) != 0) {
+    if (file && !writer->failed && fflush(file) != 0) {
         gls_set_error(GLS_IO_ERROR);
         clearerr(file);
         writer->failed = 1;
@@ -131,6 +481,14 @@ void gls_delete_writer(GlsWriter *writer)
             writer->endCommand(writer);
         gls_flush_writer(writer);
     }
+    if (GlsContextStream *stream = writer->contextStream) {
+        GlsBlock *block = last_block(stream);
+        if (writer->type != 0 && !writer->failed)
+            trim_stream(stream, block, (size_t)(writer->writePos - block->base));
+        else if (!ends_in_record(block))
+            write_end_record(block, nullptr);
+        stream->writing = 0;
+    }
     gls_free(writer->bufferBase);
     if (GlsOutStream *stream = writer->stream) {
         if (stream->ownsFile && fclose(stream->file) != 0)
@@ -139,4 +497,243 @@ void gls_delete_writer(GlsWriter *writer)
         gls_free(stream);
     }
     gls_free(writer);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Streams by name
+
+// Opens a named stream by the read rules: each read prefix in turn, then the write prefix.
+static FILE *open_by_read_rules(GlsContext *ctx, const char *name, GlsString *full_name)
+{
+    for (int i = 0; i <= ctx->readPrefixList.count; ++i) {
+        const char *prefix = i < ctx->readPrefixList.count ? gls_read_prefix(ctx, i) : gls_write_prefix(ctx);
+        gls_string_set(full_name, prefix);
+        gls_string_append(full_name, name, strlen(name));
+        if (FILE *file = fopen(gls_string_text(full_name), "rb"))
+            return file;
+    }
+    return nullptr;
+}
+
+void glsDeleteStream(const GLubyte *name)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !name)
+        return;
+    if (GlsContextStream *stream = find_context_stream(ctx, (const char *)name)) {
+        remove_context_stream(ctx, stream);
+        if (stream->readCount)
+            stream->deletePending = 1;
+        else
+            free_context_stream(stream);
+        return;
+    }
+    GlsString full_name = {};
+    FILE *file = open_by_read_rules(ctx, (const char *)name, &full_name);
+    if (!file) {
+        gls_set_error(GLS_PARAMETER_ERROR);
+    } else {
+        fclose(file);
+        if (remove(gls_string_text(&full_name)) != 0)
+            gls_set_error(GLS_IO_ERROR);
+    }
+    gls_string_free(&full_name);
+}
+
+static size_t context_stream_size(const GlsContextStream *stream)
+{
+    size_t size = 0;
+    const GlsBlock *block = stream->blocks;
+    do {
+        size += (size_t)(block->writePos - block->base);
+        if (ends_in_record(block))
+            size -= END_RECORD;
+        block = block->listNext;
+    } while (block != stream->blocks);
+    return size;
+}
+
+size_t glsGetStreamSize(const GLubyte *name)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !name)
+        return 0;
+    if (ctx->currentWriter)
+        gls_flush_writer(ctx->currentWriter);
+    if (GlsContextStream *stream = find_context_stream(ctx, (const char *)name))
+        return context_stream_size(stream);
+    if (!name[0])
+        return 0;
+    GlsString full_name = {};
+    FILE *file = open_by_read_rules(ctx, (const char *)name, &full_name);
+    gls_string_free(&full_name);
+    if (!file)
+        return 0;
+    long size = fseek(file, 0, SEEK_END) == 0 ? ftell(file) : -1;
+    fclose(file);
+    return size > 0 ? (size_t)size : 0;
+}
+
+GLboolean glsIsContextStream(const GLubyte *name)
+{
+    GlsContext *ctx = require_context();
+    return ctx && name && find_context_stream(ctx, (const char *)name) != nullptr;
+}
+
+const GLubyte *glsGetStreamAttrib(GLSenum attrib, const GLubyte *name)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !name)
+        return nullptr;
+    GlsString *result = &ctx->returnString;
+    if (attrib == GLS_WRITE_NAME) {
+        gls_string_set(result, gls_write_prefix(ctx));
+        gls_string_append(result, (const char *)name, strlen((const char *)name));
+        return (const GLubyte *)gls_string_text(result);
+    }
+    if (attrib != GLS_READ_NAME) {
+        gls_set_error(GLS_PARAMETER_ERROR);
+        return nullptr;
+    }
+    if (find_context_stream(ctx, (const char *)name)) {
+        gls_string_set(result, (const char *)name);
+        return (const GLubyte *)gls_string_text(result);
+    }
+    FILE *file = open_by_read_rules(ctx, (const char *)name, result);
+    if (!file) {
+        gls_set_error(GLS_PARAMETER_ERROR);
+        return nullptr;
+    }
+    fclose(file);
+    return (const GLubyte *)gls_string_text(result);
+}
+
+// CRC-32 with the MSB-first table of polynomial 0x04C11DB7.
+static uint32_t crc_row(uint32_t index)
+{
+    uint32_t value = index << 24;
+    for (int bit = 0; bit < 8; ++bit)
+        value = value & 0x80000000u ? value << 1 ^ 0x04C11DB7u : value << 1;
+    return value;
+}
+
+static uint32_t crc_update(uint32_t crc, const uint8_t *bytes, size_t count)
+{
+    static uint32_t table[256];
+    static bool ready;
+    if (!ready) {
+        for (uint32_t i = 0; i < 256; ++i)
+            table[i] = crc_row(i);
+        ready = true;
+    }
+    for (size_t i = 0; i < count; ++i)
+        crc = crc << 8 ^ table[(crc >> 24 ^ bytes[i]) & 255];
+    return crc;
+}
+
+GLuint gls_stream_crc32(GlsContext *ctx, const char *name, bool *found)
+{
+    uint32_t crc = 0xFFFFFFFFu;
+    *found = true;
+    if (GlsContextStream *stream = find_context_stream(ctx, name)) {
+        const GlsBlock *block = stream->blocks;
+        do {
+            size_t length = (size_t)(block->writePos - block->base);
+            if (ends_in_record(block))
+                length -= END_RECORD;
+            crc = crc_update(crc, block->base, length);
+            block = block->listNext;
+        } while (block != stream->blocks);
+        return ~crc;
+    }
+    GlsString full_name = {};
+    FILE *file = open_by_read_rules(ctx, name, &full_name);
+    gls_string_free(&full_name);
+    if (!file) {
+        *found = false;
+        return 0;
+    }
+    uint8_t chunk[4096];
+    size_t count;
+    while ((count = fread(chunk, 1, sizeof chunk, file)) > 0)
+        crc = crc_update(crc, chunk, count);
+    bool failed = ferror(file) != 0;
+    fclose(file);
+    if (failed) {
+        gls_set_error(GLS_IO_ERROR);
+        return 0;
+    }
+    return ~crc;
+}
+
+GLuint glsGetStreamType(GLSenum attrib, const GLubyte *name)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !name)
+        return 0;
+    if (attrib == GLS_CRC32) {
+        if (ctx->currentWriter)
+            gls_flush_writer(ctx->currentWriter);
+        bool found;
+        GLuint crc = gls_stream_crc32(ctx, (const char *)name, &found);
+        if (!found)
+            gls_set_error(GLS_PARAMETER_ERROR);
+        return crc;
+    }
+    if (attrib != GLS_STREAM_TYPE) {
+        gls_set_error(GLS_PARAMETER_ERROR);
+        return 0;
+    }
+    if (find_context_stream(ctx, (const char *)name))
+        return GLS_CONTEXT;
+    GlsString full_name = {};
+    FILE *file = open_by_read_rules(ctx, (const char *)name, &full_name);
+    gls_string_free(&full_name);
+    if (!file) {
+        gls_set_error(GLS_PARAMETER_ERROR);
+        return 0;
+    }
+    uint8_t head[256];
+    size_t count = fread(head, 1, sizeof head, file);
+    fclose(file);
+    return gls_detect_stream_type(head, count);
+}
+
+// The type a stream's first bytes tell: a binary glsBeginGLS in either order, or the text one.
+GLSenum gls_detect_stream_type(const uint8_t *bytes, size_t count)
+{
+    if (count >= 20 && bytes[0] == 0 && bytes[1] == 0 && bytes[2] == 0 && bytes[3] == 0) {
+        uint32_t words[4];
+        memcpy(words, bytes + 4, 16);
+        if (words[0] == 16 && words[1] == 20 && words[2] <= 1)
+            return GLS_BINARY_LSB_FIRST;
+        for (uint32_t &w : words)
+            w = __builtin_bswap32(w);
+        if (words[0] == 16 && words[1] == 20 && words[2] <= 1)
+            return GLS_BINARY_MSB_FIRST;
+        return GLS_NONE;
+    }
+    // Text: glsBeginGLS ( integer , integer ) ; with blanks between.
+    const char *p = (const char *)bytes, *end = p + count;
+    auto blanks = [&] { while (p < end && (*p == ' ' || *p == '\t' || *p == '\n' || *p == '\r')) ++p; };
+    auto literal = [&](const char *word) {
+        blanks();
+        size_t length = strlen(word);
+        if ((size_t)(end - p) < length || memcmp(p, word, length) != 0)
+            return false;
+        p += length;
+        return true;
+    };
+    auto integer = [&] {
+        blanks();
+        if (p < end && (*p == '-' || *p == '+'))
+            ++p;
+        const char *digits = p;
+        while (p < end && *p >= '0' && *p <= '9')
+            ++p;
+        return p > digits;
+    };
+    if (literal("glsBeginGLS") && literal("(") && integer() && literal(",") && integer() && literal(")") && literal(";"))
+        return GLS_TEXT;
+    return GLS_NONE;
 }

@@ -2,6 +2,8 @@
 #include "wgl.h"
 
 #include "gls.h"
+#include "rings.h"
+#include "run_control.h"
 
 #include <cstdio>
 #include <cstdint>
@@ -25,8 +27,27 @@ void context_made_current(thread_record *record, int result, void *context)
 
 void swap_halt_point(thread_record *record, const char *name)
 {
-    // The break on swap and the halt loop join here with run control; a halted swap shows
-    // only its name as the next call.
+    per_proc *proc = record->per_proc;
+    bool text_captured = false, panel_updated = false;
+    test_break_on_swap(record, GDI_ROW_SwapBuffers);
+    for (;;) {
+        bool pending = ring_pending(&proc->ring_to_app);
+        if (!pending && proc->run_state != RUN_HALTED)
+            return;
+        // A halted swap shows only its name: the codec has no command for it.
+        if (!text_captured) {
+            snprintf(proc->last_call_text, sizeof proc->last_call_text, "%s", name);
+            text_captured = true;
+        }
+        if (proc->run_state == RUN_HALTED && !panel_updated) {
+            update_panel(record);
+            panel_updated = true;
+        }
+        // Skip at a swap only says so in the status line: the buffers are swapped all the same.
+        int result = handle_event(record);
+        if (result == EVENT_RESULT_GO_ON || result == EVENT_RESULT_SKIP)
+            return;
+    }
 }
 
 void flush_session_files(thread_record *record)

@@ -10,6 +10,10 @@
 #include "records.h"
 #include "rings.h"
 #include "run_control.h"
+#include "writer.h"
+
+// The 460 generated wrappers, by GL catalogue row.
+extern const GlsFunc debug_wrappers[GL_CALL_COUNT];
 
 // Local state of one wrapper call.
 struct WrapperCall {

@@ -6,12 +6,11 @@
 #include "line_format.h"
 #include "report.h"
 #include "tables.h"
+#include "wrapper.h"
 
 #include <windows.h>
 
 #include <cstdio>
-
-extern const GlsFunc debug_wrappers[GL_CALL_COUNT];
 
 enum : int { OP_glsDrawVertexArray = 19 };
 
@@ -43,9 +42,11 @@ void recording_setup(thread_record *record)
     glsContext((GLuint)libraries->gls_context);
     glsDataPointer(record);
     // Of two rows on one opcode the later one stays installed.
+    // Of two rows on one opcode the later one stays installed. The codec would refuse the
+    // unnamed opcodes of vendor rows; asking would only leave an error word behind.
     for (const CallRowOpcode &entry : wrapper_of_opcode_rows)
-        glsCommandFunc(GLS_CAPTURE_FUNC, entry.opcode, debug_wrappers[entry.row]);
-    glsGetError(); // unnamed opcodes of vendor rows are refused, as they should be
+        if (gls_opcode_exists(entry.opcode))
+            glsCommandFunc(GLS_CAPTURE_FUNC, entry.opcode, debug_wrappers[entry.row]);
     apply_trace_set(record);
 }
 
@@ -53,9 +54,9 @@ void apply_trace_set(thread_record *record)
 {
     const call_control_row *control = record->per_proc->call_control;
     for (int row = 0; row < GL_CALL_COUNT; ++row)
-        glsCaptureFlags(opcode_of_call[row], control[row].trace == 1 ? 3 : 1);
+        if (gls_opcode_exists(opcode_of_call[row]))
+            glsCaptureFlags(opcode_of_call[row], control[row].trace == 1 ? 3 : 1);
     glsCaptureFlags(OP_glsDrawVertexArray, 3);
-    glsGetError();
 }
 
 void history_open(thread_record *record, bool truncate)

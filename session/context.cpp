@@ -3,10 +3,12 @@
 #include "context.h"
 
 #include "gls.h"
+#include "history.h"
 #include "library_table.h"
 #include "mmaps.h"
 #include "panel_thread.h"
 #include "report.h"
+#include "rings.h"
 #include "tables.h"
 
 #include <process.h>
@@ -16,7 +18,6 @@
 
 unsigned long session_tls = TLS_OUT_OF_INDEXES;
 
-enum : int { CAPTURE_EXECUTE = 1, CAPTURE_EXECUTE_WRITE = 3 };
 
 bool session_process_attach()
 {
@@ -116,27 +117,7 @@ static void attach_per_proc(thread_record *record, uint32_t id)
     } else {
         record->per_proc = block;
     }
-    // The panel's thread and context lines are shown from here once the control window exists.
-}
-
-// The session's codec context on this thread, with the capture flags of the per-call control
-// table. The debug wrappers go into the capture rows here once they exist; until then the
-// codec's own capture functions stay.
-static void install_codec(thread_record *record)
-{
-    library_table *table = record->library_table;
-    table->gls_context = (int32_t)glsGenContext();
-    glsContext((GLuint)table->gls_context);
-    glsDataPointer(record);
-    const per_proc *control = record->per_proc;
-    for (int row = 0; row < GL_CALL_COUNT; ++row) {
-        int32_t opcode = record->master->opcode_of_call[row];
-        // The codec refuses unnamed opcodes; asking would only leave an error word behind.
-        if (!gls_opcode_exists(opcode))
-            continue;
-        glsCaptureFlags(opcode, control->call_control[row].trace == 1 ? CAPTURE_EXECUTE_WRITE : CAPTURE_EXECUTE);
-    }
-    glsCaptureFlags(GLS_OP_glsDrawVertexArray, CAPTURE_EXECUTE_WRITE);
+    post_context_changed(&record->per_proc->ring_from_app, EVENT_CONTEXT_CHANGED, 0);
 }
 
 // The slow path of thread_entry: a thread without a record, or one holding another thread's
@@ -154,16 +135,22 @@ __attribute__((noinline)) static thread_record *start_session(thread_record *rec
     attach_master(record, id);
     bind_libraries(record);
     attach_per_proc(record, id);
-    install_codec(record);
+    recording_setup(record);
     attach_gl(record, 0);
     return record;
 }
 
 // Something made another codec context current behind the session's back.
+// The history file stays as it was and is opened again on the new codec context.
 __attribute__((noinline)) static void reinstall_codec(thread_record *record)
 {
-    install_codec(record);
-    // The history capture is restarted here (append mode) once the history file exists.
+    recording_setup(record);
+    per_gl *gl = record->per_gl;
+    if (gl && gl->history_file) {
+        fclose(gl->history_file);
+        gl->history_file = nullptr;
+        history_open(record, false);
+    }
 }
 
 thread_record *thread_entry()
@@ -179,13 +166,11 @@ thread_record *thread_entry()
     return record;
 }
 
-static void close_gl_files(per_gl *gl)
+static void close_gl_files(thread_record *record)
 {
-    if (gl->history_file) {
-        glsEndCapture();
-        fclose(gl->history_file);
-        gl->history_file = nullptr;
-    }
+    per_gl *gl = record->per_gl;
+    if (gl->history_file)
+        history_close(record);
     if (gl->list_calls_file) {
         fclose(gl->list_calls_file);
         gl->list_calls_file = nullptr;
@@ -233,7 +218,7 @@ static void open_list_calls(thread_record *record, per_gl *gl)
 void attach_gl(thread_record *record, uint32_t context)
 {
     if (record->per_gl)
-        close_gl_files(record->per_gl);
+        close_gl_files(record);
     char name[NAME_SIZE];
     name_of_per_gl(record->temp_dir, context, name);
     per_gl *gl = find_per_gl(name);
@@ -246,19 +231,19 @@ void attach_gl(thread_record *record, uint32_t context)
             id = record->master->next_gl_id++;
         fill_per_gl(gl, id, context);
         record->per_gl = gl;
-        // The history opens here; for a real context the state baseline and the window
-        // information follow it.
+        history_open(record, false);
         if (context != 0)
             add_gl_table_row(record, gl);
     } else {
+        // An earlier context: its history goes on in the same file.
         record->per_gl = gl;
-        // An earlier context: its history goes on in append mode.
+        history_open(record, false);
     }
     if (context != 0) {
         attach_list_info(record, gl);
         open_list_calls(record, gl);
     }
-    // The panel's context line follows from here once the control window exists.
+    post_context_changed(&record->per_proc->ring_from_app, EVENT_CONTEXT_CHANGED, context);
 }
 
 // Empties a folder of its files and removes it.
@@ -284,7 +269,7 @@ static void remove_folder(const char *folder)
 void close_session(thread_record *record)
 {
     if (record->per_gl)
-        close_gl_files(record->per_gl);
+        close_gl_files(record);
     library_table *table = record->library_table;
     if (table->gls_context != -1) {
         glsDeleteContext((GLuint)table->gls_context);

@@ -2,6 +2,7 @@
 
 #include "gls.h"
 #include "library_table.h"
+#include "tables.h"
 
 #include <cstdarg>
 #include <cstdio>

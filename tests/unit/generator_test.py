@@ -2,7 +2,7 @@
 """Checks of generator/generate.py: its outputs say what the table says, and a broken table
 stops the build with the line named.
 
-    generator_test.py GENERATOR TABLE
+    generator_test.py GENERATOR TABLE GL_XML
 """
 import os
 import re
@@ -10,7 +10,7 @@ import subprocess
 import sys
 import tempfile
 
-generator, table = sys.argv[1], sys.argv[2]
+generator, table, gl_xml = sys.argv[1], sys.argv[2], sys.argv[3]
 failures = []
 
 
@@ -20,7 +20,7 @@ def check(condition, message):
 
 
 def run(table_path, outdir):
-    return subprocess.run([sys.executable, generator, table_path, outdir], capture_output=True, text=True)
+    return subprocess.run([sys.executable, generator, table_path, outdir, gl_xml], capture_output=True, text=True)
 
 
 with tempfile.TemporaryDirectory() as out:

@@ -1,6 +1,6 @@
 // With a TEMP that can't hold a directory the session still starts, and the first file it needs
-// (the display-list calls of a context) ends the process through the fatal report with exit
-// code 1: no crash, no hang.
+// (the history of the calls made without a context, opened at the session's first WGL call)
+// ends the process through the fatal report with exit code 1: no crash, no hang.
 #include "session_test.h"
 
 static int child()
@@ -30,11 +30,11 @@ int main(int argc, char **argv)
     child_run run = run_child(temp, false);
     check(!run.timed_out, "child hung");
     check(run.exit_code == 1, "child exit code %lu, expected 1", (unsigned long)run.exit_code);
-    check(fact(run.facts, "context") != 0 && fact(run.facts, "context") != ~0ull, "no context was made");
     check(fact(run.facts, "survived") == ~0ull, "the application went on past the failure");
-    check(run.errors.find("context, line ") == 0, "report title: %s", run.errors.c_str());
-    check(run.errors.find(". Could not create displaylist call.") != std::string::npos, "report text: %s",
-          run.errors.c_str());
+    check(run.errors.find("gls, line ") == 0, "report title: %s", run.errors.c_str());
+    check(run.errors.find(". Could not open ") != std::string::npos &&
+              run.errors.find("\\history\\0.gls.") != std::string::npos,
+          "report text: %s", run.errors.c_str());
     DeleteFileA(temp.c_str());
     return finish("session_fatal_temp");
 }

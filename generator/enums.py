@@ -1,0 +1,124 @@
+"""Name tables of the codec: GL enumerant pages from the Khronos registry, GLS enumerant pages
+from gls_types.h, and the alias table of the names that the pages cannot hold.
+
+GL names come from what OpenGL 1.0 and 1.1, the 1.2 imaging subset, the codec's extension list
+and the extensions of the table's vendor rows require. A value v has page v >> 8, row v & 255;
+each value keeps one name in the pages (core before extension, then registry order) and every
+other name goes to the alias table, as do names of values above the pages. Bitmask names stay
+out: the mask tables name them.
+"""
+import re
+import xml.etree.ElementTree as ET
+
+GL_PAGES = 133
+GLS_PAGES = 33
+CODEC_EXTENSIONS = [
+    'GL_EXT_abgr', 'GL_EXT_blend_color', 'GL_EXT_blend_logic_op', 'GL_EXT_blend_minmax',
+    'GL_EXT_blend_subtract', 'GL_EXT_cmyka', 'GL_EXT_convolution', 'GL_EXT_copy_texture',
+    'GL_EXT_histogram', 'GL_EXT_packed_pixels', 'GL_EXT_polygon_offset', 'GL_EXT_rescale_normal',
+    'GL_EXT_subtexture', 'GL_EXT_texture', 'GL_EXT_texture3D', 'GL_EXT_texture_object',
+    'GL_EXT_vertex_array',
+]
+
+
+def required_names(root, groups):
+    """Names in order of priority: each group is a list of feature or extension names."""
+    features = {f.get('name'): f for f in root.iter('feature')}
+    for ext in root.iter('extension'):
+        features[ext.get('name')] = ext
+    order = []
+    for rank, group in enumerate(groups):
+        for fname in group:
+            node = features.get(fname)
+            if node is None:
+                raise ValueError('gl.xml has no %s' % fname)
+            for req in node.iter('require'):
+                if req.get('api') not in (None, 'gl') or req.get('profile') == 'core':
+                    continue
+                order += [(rank, e.get('name')) for e in req.iter('enum')]
+    return order
+
+
+def gl_enums(xml_path, vendor_extensions):
+    root = ET.parse(xml_path).getroot()
+    defined = {}
+    position = 0
+    for block in root.iter('enums'):
+        if block.get('namespace') != 'GL':
+            continue
+        bitmask = block.get('type') == 'bitmask'
+        ranged = block.get('start') is not None
+        for e in block.iter('enum'):
+            if e.get('api') not in (None, 'gl'):
+                continue
+            try:
+                value = int(e.get('value'), 0)
+            except ValueError:
+                continue
+            position += 1
+            defined.setdefault(e.get('name'), (value, bitmask, ranged, position))
+    groups = [['GL_VERSION_1_0', 'GL_VERSION_1_1'], ['GL_ARB_imaging'], CODEC_EXTENSIONS,
+              sorted(vendor_extensions)]
+    seen, candidates = set(), []
+    for rank, name in required_names(root, groups):
+        if name in seen or name not in defined:
+            continue
+        seen.add(name)
+        value, bitmask, ranged, position = defined[name]
+        if bitmask or not 0 <= value <= 0xFFFFFFFF:
+            continue
+        candidates.append(((not ranged, rank, position), name, value))
+    pages = {}
+    aliases = []
+    for key, name, value in sorted(candidates):
+        if 0 <= value < GL_PAGES * 256 and value not in pages:
+            pages[value] = name
+        else:
+            aliases.append((name, value))
+    aliases.sort(key=lambda a: (a[1], a[0]))
+    return pages, aliases
+
+
+def gls_enums(types_path):
+    """GLS enumerants as gls_types.h declares them (the two limits carry an _ATTRIB there so
+    that they do not clash with the constants of the same name)."""
+    text = open(types_path, encoding='utf-8').read()
+    block = text[text.index('GLS_NONE = 0'):]
+    block = block[:block.index('};')]
+    values = {}
+    for name, value in re.findall(r'(GLS_[A-Z0-9_]+) = (\d+)', block):
+        values.setdefault(int(value), name.replace('_ATTRIB', ''))
+    return values
+
+
+def page_tables(prefix, names, page_count, page_size, kind):
+    out = []
+    counts = []
+    for page in range(page_count):
+        rows = [names.get(page * page_size + i) for i in range(page_size)]
+        while rows and rows[-1] is None:
+            rows.pop()
+        counts.append(len(rows))
+        if rows:
+            out.append('static const char *const %s_page_%d[%d] = {\n' % (prefix, page, len(rows)))
+            out += ['    %s, // 0x%X\n' % ('"%s"' % n if n else 'nullptr', page * page_size + i)
+                    for i, n in enumerate(rows)]
+            out.append('};\n')
+    out.append('\nconst %s %s_page_counts[%d] = {%s};\n' %
+               (kind, prefix, page_count, ', '.join(str(c) for c in counts)))
+    out.append('const char *const *const %s_pages[%d] = {\n' % (prefix, page_count))
+    out += ['    %s,\n' % ('%s_page_%d' % (prefix, p) if counts[p] else 'nullptr') for p in range(page_count)]
+    out.append('};\n\n')
+    return out
+
+
+def gen_enums(xml_path, types_path, vendor_extensions, header):
+    pages, aliases = gl_enums(xml_path, vendor_extensions)
+    out = [header, '#include "names.h"\n\n']
+    out += page_tables('gls_gl_enum', pages, GL_PAGES, 256, 'uint16_t')
+    out += page_tables('gls_gls_enum', gls_enums(types_path), GLS_PAGES, 16, 'uint8_t')
+    out.append('// Names the pages cannot hold: a value they share, or one above the pages.\n')
+    out.append('const GlsNameValue gls_gl_enum_aliases[%d] = {\n' % len(aliases))
+    out += ['    {"%s", 0x%X},\n' % (n, v) for n, v in aliases]
+    out.append('};\nconst int gls_gl_enum_alias_count = %d;\n' % len(aliases))
+    return ''.join(out)

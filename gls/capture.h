@@ -1,0 +1,59 @@
+// What the generated capture functions use beside the writer's slots: the size tables by pname,
+// string field sizes, and the writers of the commands whose arrays need a rule of their own.
+#pragma once
+
+#include "gls_context.h"
+
+struct GlsWriter;
+
+// Size tables by pname, from the OpenGL 1.1 definitions with their extensions.
+enum GlsSizeTable : int {
+    GLS_SIZES_FOG,
+    GLS_SIZES_LIGHT,
+    GLS_SIZES_MATERIAL,
+    GLS_SIZES_LIGHT_MODEL,
+    GLS_SIZES_TEX_PARAMETER,
+    GLS_SIZES_TEX_ENV,
+    GLS_SIZES_TEX_GEN,
+    GLS_SIZES_CONVOLUTION,
+    GLS_SIZES_COLOR_TABLE,
+    GLS_SIZES_POINT_PARAMETER,
+    GLS_SIZES_HEADER,
+    GLS_SIZES_GET,
+    GLS_SIZE_TABLE_COUNT,
+};
+
+// The count of values of pname; 0 for a pname the table does not know.
+GLuint gls_pname_count(GlsSizeTable table, GLenum pname);
+
+// The size of a string field: a word, the UTF-8 text and its zero, to a multiple of four.
+GLuint gls_string_field_size(const GlsContext *ctx, const GLubyte *string);
+
+// glCallLists and glDrawElements: the data's bytes, and its writing, typed by type.
+GLuint gls_call_lists_bytes(GLenum type, GLsizei n);
+void gls_put_call_lists(GlsWriter *writer, GLenum type, GLsizei n, const void *lists);
+GLuint gls_draw_elements_bytes(GLenum type, GLsizei count);
+void gls_put_draw_elements(GlsWriter *writer, GLenum type, GLsizei count, const void *indices);
+
+// Evaluator points recorded tight: k values a point, the strides as the stream gives them,
+// and the gaps that the source has between rows and between images (in values).
+struct GlsMapLayout {
+    GLint k;
+    GLint ustride;
+    GLint vstride;
+    GLuint rowGap;
+    GLuint rows;
+    GLuint imageGap;
+    GLuint images;
+    GLuint values;
+};
+
+GlsMapLayout gls_map1_layout(GLenum target, GLint stride, GLint order);
+GlsMapLayout gls_map2_layout(GLenum target, GLint ustride, GLint uorder, GLint vstride, GLint vorder);
+void gls_put_map_points(GlsWriter *writer, const GlsMapLayout *map, int valueSize, const void *points);
+
+// Bytes of glsDrawVertexArray's packed vertices.
+GLuint gls_vertex_data_bytes(GLenum format, GLint count);
+
+// Whether a GL context is current, asked once per capture through the guard.
+bool gls_have_gl_context(GlsContext *ctx);

@@ -1,0 +1,39 @@
+// Stream records and the stream operations by name.
+#pragma once
+
+#include "gls_context.h"
+
+struct GlsOutStream {
+    FILE *file;
+    GlsString name;
+    int32_t ownsFile;
+    GlsWriteFunc func;
+};
+
+struct GlsBlock {
+    GlsBlock *listNext;
+    GlsBlock *listPrev;
+    uint8_t *base;
+    uint8_t *end;
+    uint8_t *writePos;
+};
+
+struct GlsContextStream {
+    GlsContextStream *listNext;
+    GlsContextStream *listPrev;
+    GlsBlock *blocks;
+    GlsString name;
+    int32_t deletePending;
+    int readCount;
+    int32_t writing;
+};
+
+void glsDeleteStream(const GLubyte *name);
+size_t glsGetStreamSize(const GLubyte *name);
+GLboolean glsIsContextStream(const GLubyte *name);
+const GLubyte *glsGetStreamAttrib(GLSenum attrib, const GLubyte *name);
+GLuint glsGetStreamType(GLSenum attrib, const GLubyte *name);
+
+GLSenum gls_detect_stream_type(const uint8_t *bytes, size_t count);
+const char *gls_read_prefix(const GlsContext *ctx, int index);
+const char *gls_write_prefix(const GlsContext *ctx);
