@@ -1,28 +1,81 @@
-// The panel thread. It stores the session's record in its own slot, gets ready, lets the
-// application's thread go on, and serves messages until the process ends. The dialogs and the
-// settings file join the start here, ahead of panel_ready.
+// The panel thread: it makes the session's dialogs, reads the settings, shows the control
+// window, lets the application's thread go on, and serves messages until the process ends.
 #include "panel_thread.h"
 
-#include "session/context.h"
-#include "records.h"
-#include "report.h"
+#include "control_window.h"
+#include "panel.h"
+#include "panel_text.h"
+#include "resource.h"
+#include "settings.h"
+
+#include "context.h"
 
 #include <windows.h>
+
+struct dialog_row {
+    int template_id;
+    WindowHandle thread_record::*window;
+    DLGPROC window_function;
+};
+
+// Creation order of the dialogs. The rows of later windows take their places: 301 and 1101,
+// 701, 901, 501 ahead of the control window; 1201, 1301, 1401, 1501, 1701 behind it.
+static const dialog_row dialogs[] = {
+    {IDD_ABOUT, &thread_record::about_window, about_window_function},
+    {IDD_CONTROL, &thread_record::control_window, control_window_function},
+};
+
+// After the control window, the dialogs that get keyboard navigation, in the order in which
+// they are offered a message: About, Call Count, Primitive Count, Enumerants, the two Select GL
+// Context windows, Select GL Break, Trace and Skip, Select State, Window Information. Windows
+// made on demand are not in the chain.
+static WindowHandle thread_record::*const dialog_chain[] = {
+    &thread_record::about_window,
+    &thread_record::call_count_window,
+    &thread_record::prim_count_window,
+    &thread_record::enum_window,
+    &thread_record::history_select_window,
+    &thread_record::list_select_window,
+    &thread_record::break_select_window,
+    &thread_record::trace_select_window,
+    &thread_record::skip_select_window,
+    &thread_record::state_select_window,
+    &thread_record::window_info_window,
+};
+
+static bool taken_by_a_dialog(const thread_record *record, MSG *message)
+{
+    if (record->control_window && IsDialogMessageA(record->control_window, message))
+        return true;
+    for (WindowHandle thread_record::*window : dialog_chain) {
+        // Windows of later work are still null; they are left out rather than asked.
+        if (record->*window && IsDialogMessageA(record->*window, message))
+            return true;
+    }
+    return false;
+}
 
 unsigned __stdcall panel_thread(void *argument)
 {
     thread_record *record = (thread_record *)argument;
     TlsSetValue(session_tls, record);
-    // The panel's dialogs come from the library's resources, found under its own name.
+    // The dialogs come from the library's resources, found under its own name.
     record->module = (ModuleHandle)GetModuleHandleA("quondale.dll");
     if (!record->module)
-        session_exit(1);
-    // What the control window does when it is created: the history is on from the start.
-    record->per_proc->History = 1;
+        ExitProcess(1);
+    // A failed creation is not checked: the window stays null.
+    for (const dialog_row &row : dialogs)
+        record->*row.window = CreateDialogParamA((HINSTANCE)record->module, MAKEINTRESOURCEA(row.template_id),
+                                                 nullptr, row.window_function, 0);
+    load_start_settings(record);
+    panel_show(record->control_window, SHOWN_CONTROL);
+    // Only now does the application's first call go on, with the settings in force.
     record->panel_ready = 1;
 
     MSG message;
     while (GetMessageA(&message, nullptr, 0, 0) == 1) {
+        if (taken_by_a_dialog(record, &message))
+            continue;
         TranslateMessage(&message);
         DispatchMessageA(&message);
     }

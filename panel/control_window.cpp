@@ -1,0 +1,194 @@
+// The control window and the About box: their window functions, the end of everything, and
+// the entry points through which the application's thread updates the control window.
+#include "control_window.h"
+
+#include "panel.h"
+#include "panel_text.h"
+#include "resource.h"
+
+#include "context.h"
+#include "mmaps.h"
+#include "rings.h"
+
+#include <windows.h>
+
+#include <cstdarg>
+#include <cstdio>
+
+// The caller's record: the application's thread and the panel thread hold the same one.
+static thread_record *current_record() { return (thread_record *)TlsGetValue(session_tls); }
+
+void panel_show(WindowHandle window, int index)
+{
+    ShowWindow(window, SW_SHOW);
+    current_record()->per_proc->shown[index] = 1;
+}
+
+void panel_hide(WindowHandle window, int index)
+{
+    ShowWindow(window, SW_HIDE);
+    current_record()->per_proc->shown[index] = 0;
+}
+
+void panel_warning(const char *format, ...)
+{
+    char text[PANEL_TEXT_SIZE];
+    va_list args;
+    va_start(args, format);
+    vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    MessageBoxA(nullptr, text, "Warning", MB_ICONEXCLAMATION | MB_SYSTEMMODAL);
+}
+
+WindowHandle control_rect(WindowHandle dialog, int id, RECT *rect)
+{
+    HWND control = GetDlgItem(dialog, id);
+    GetWindowRect(control, rect);
+    POINT corner = {rect->left, rect->top};
+    ScreenToClient(dialog, &corner);
+    rect->left = corner.x;
+    rect->top = corner.y;
+    corner = {rect->right, rect->bottom};
+    ScreenToClient(dialog, &corner);
+    rect->right = corner.x;
+    rect->bottom = corner.y;
+    return control;
+}
+
+static void set_control_text(const thread_record *record, int id, const char *text)
+{
+    if (record && record->control_window)
+        SendDlgItemMessageA(record->control_window, id, WM_SETTEXT, 0, (LPARAM)text);
+}
+
+void show_status(const char *text) { set_control_text(current_record(), IDC_STATUS, text); }
+
+void show_last_call()
+{
+    const thread_record *record = current_record();
+    if (record)
+        set_control_text(record, IDC_LAST_CALL, record->per_proc->last_call_text);
+}
+
+void show_thread_and_context()
+{
+    const thread_record *record = current_record();
+    if (!record)
+        return;
+    char text[PANEL_TEXT_SIZE];
+    thread_banner_text(record->per_proc, text);
+    set_control_text(record, IDC_THREAD_BANNER, text);
+    context_banner_text(record->per_gl, text);
+    set_control_text(record, IDC_CONTEXT_BANNER, text);
+}
+
+// Windows refreshed at a halt when they are on screen, in this order.
+static const int refreshed_at_halt[] = {
+    SHOWN_CALL_COUNT, SHOWN_PRIM_COUNT, SHOWN_HISTORY_SELECT, SHOWN_LIST_SELECT, SHOWN_WINDOW_INFO,
+};
+
+void panel_update_all()
+{
+    const thread_record *record = current_record();
+    if (!record)
+        return;
+    show_last_call();
+    for (int index : refreshed_at_halt) {
+        HWND window = window_of_shown_index(record, index);
+        // Sent, not posted: the halted application waits until every window has redrawn.
+        if (record->per_proc->shown[index] == 1 && window)
+            SendMessageA(window, WM_PANEL_REFRESH, 0, 0);
+    }
+    // The open Call History, Display List and State windows are refreshed here once they exist.
+}
+
+void panel_history_changed()
+{
+    // Open Call History windows read their file again here once they exist.
+}
+
+void panel_quit()
+{
+    // Halt first, so that no application thread is inside a real call while its session goes.
+    for (int row = 0; row < named_blocks.count; ++row)
+        if (named_blocks.rows[row].kind == BLOCK_PER_PROC)
+            post_event(&((per_proc *)named_blocks.rows[row].block)->ring_to_app, EVENT_HALT);
+    for (int row = 0; row < named_blocks.count; ++row)
+        if (named_blocks.rows[row].kind == BLOCK_THREAD_RECORD)
+            close_session((thread_record *)named_blocks.rows[row].block);
+    // The application ends with the debugger; settings are not saved.
+    ExitProcess(0);
+}
+
+static void carry_out(thread_record *record, HWND dialog, const control_action &action)
+{
+    per_proc *proc = record->per_proc;
+    switch (action.kind) {
+    case COMMAND_QUIT:
+        // The same end as closing the window, reached without a WM_CLOSE.
+        SendMessageA(dialog, WM_DESTROY, 0, 0);
+        return;
+    case COMMAND_SAVE_SETTINGS:
+    case COMMAND_LOAD_SETTINGS:
+        // The settings file comes with its own dialogs.
+        return;
+    default:
+        break;
+    }
+    if (action.status)
+        SetDlgItemTextA(dialog, IDC_STATUS, action.status);
+    if (action.event)
+        post_event(&proc->ring_to_app, action.event);
+    HWND window = window_of_shown_index(record, action.shown_index);
+    if (!window)
+        return; // windows of later work: nothing to show yet
+    if (action.refresh)
+        SendMessageA(window, WM_PANEL_REFRESH, 0, 0);
+    panel_show(window, action.shown_index);
+}
+
+INT_PTR CALLBACK control_window_function(HWND dialog, UINT message, WPARAM first, LPARAM)
+{
+    thread_record *record = current_record();
+    switch (message) {
+    case WM_INITDIALOG:
+        record->per_proc->History = 1;
+        CheckDlgButton(dialog, IDC_HISTORY, BST_CHECKED);
+        return TRUE;
+    case WM_CLOSE:
+        SendMessageA(dialog, WM_DESTROY, 0, 0);
+        return TRUE;
+    case WM_DESTROY:
+        panel_quit();
+    case WM_COMMAND: {
+        // The notification code is not looked at: a menu item and a button click are alike.
+        int id = LOWORD(first);
+        int check = (int)SendDlgItemMessageA(dialog, id, BM_GETCHECK, 0, 0);
+        carry_out(record, dialog, control_command(record->per_proc, id, check));
+        return TRUE;
+    }
+    default:
+        return FALSE;
+    }
+}
+
+INT_PTR CALLBACK about_window_function(HWND dialog, UINT message, WPARAM first, LPARAM)
+{
+    switch (message) {
+    case WM_INITDIALOG:
+        return TRUE;
+    case WM_CLOSE:
+        // Closing only hides: the box lives as long as the process.
+        panel_hide(dialog, SHOWN_ABOUT);
+        return TRUE;
+    case WM_COMMAND:
+        if (LOWORD(first) == IDC_ABOUT_CLOSE)
+            SendMessageA(dialog, WM_CLOSE, 0, 0);
+        return TRUE;
+    case WM_DESTROY:
+        DestroyWindow(dialog);
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}

@@ -1,0 +1,6 @@
+#include "settings.h"
+
+void load_start_settings(thread_record *)
+{
+    // Reading "quondale.cfg" comes with the settings file; the defaults of the records stand.
+}
