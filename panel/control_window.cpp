@@ -159,7 +159,7 @@ INT_PTR CALLBACK control_window_function(HWND dialog, UINT message, WPARAM first
         SendMessageA(dialog, WM_DESTROY, 0, 0);
         return TRUE;
     case WM_DESTROY:
-        panel_quit();
+        panel_quit(); // does not return
     case WM_COMMAND: {
         // The notification code is not looked at: a menu item and a button click are alike.
         int id = LOWORD(first);

@@ -2,11 +2,14 @@
 // makes the call; the CTest script around it reads Wine's opengl32 trace to see which name
 // arrived, and the program checks that the colour itself arrived intact.
 #include "testbed.h"
+#include "panel_continue.h"
 
 #include <cmath>
 
 int main(int argc, char **argv)
 {
+    // Halted at its first call, the program waits for a Continue.
+    continue_first_halts();
     check_expected_mode(argc, argv);
     gl_window window;
     if (!open_gl_window(&window, 32, 32, "color_folding"))

@@ -2,6 +2,7 @@
 // makes the context current through the system's own wglMakeCurrent, then clears and reads back
 // through the program's imports, which are quondale.dll's exports.
 #include "testbed.h"
+#include "panel_continue.h"
 
 static const int side = 16;
 
@@ -34,6 +35,8 @@ static DWORD WINAPI worker(void *parameter)
 
 int main(int argc, char **argv)
 {
+    // Halted at its first call, the program waits for a Continue.
+    continue_first_halts();
     check_expected_mode(argc, argv);
     gl_window window;
     if (!open_gl_window(&window, side, side, "gl_thread"))

@@ -43,11 +43,12 @@ static std::string rect_text(const RECT &rect)
     return text;
 }
 
+// The edit controls' texts come and go with the session; the other captions are fixed.
 static std::string control_line(int id, const std::string &kind, const std::string &caption, bool style_ok,
                                 const RECT &rect)
 {
-    return std::to_string(id) + " " + kind + " \"" + caption + "\"" + (style_ok ? "" : " wrong style") + " " +
-           rect_text(rect) + "\n";
+    std::string shown = kind == "Edit" ? "" : " \"" + caption + "\"";
+    return std::to_string(id) + " " + kind + shown + (style_ok ? "" : " wrong style") + " " + rect_text(rect) + "\n";
 }
 
 // The controls in z order, which is the template order, as one text; and what it should be.

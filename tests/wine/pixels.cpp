@@ -2,6 +2,7 @@
 // Without arguments the program is the driver: it runs itself once without and once with the
 // debugger, each run writing a dump, and compares the two dumps.
 #include "testbed.h"
+#include "panel_continue.h"
 
 #include <cstring>
 #include <set>
@@ -169,6 +170,8 @@ static void check_scene(const pixel_image &image, const char *name)
 
 int main(int argc, char **argv)
 {
+    // Halted at its first call, the program waits for a Continue.
+    continue_first_halts();
     check_expected_mode(argc, argv);
     if (const char *dump_path = argument_value(argc, argv, "draw"))
         return draw(dump_path);

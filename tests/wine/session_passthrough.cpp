@@ -1,6 +1,7 @@
 // The WGL wrappers hand the application the real library's results unchanged, and count each
 // call in its own row of wgl_call_count.
 #include "session_test.h"
+#include "panel_continue.h"
 
 // The real opengl32.dll of the system directory, as the session binds it.
 struct real_wgl {
@@ -28,6 +29,8 @@ static real_wgl bind_real(HMODULE module)
 
 static int child()
 {
+    // The swap halts, as the first debugged call would, and waits for a Continue.
+    continue_first_halts();
     write_fact("thread", GetCurrentThreadId());
     char path[MAX_PATH];
     GetSystemDirectoryA(path, MAX_PATH);
