@@ -10,8 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 
-static const int window_width = 640;
-static const int window_height = 480;
+static const int window_width = 480;
+static const int window_height = 360;
 static bool quit_requested;
 
 static LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
@@ -189,7 +189,7 @@ int main(int argc, char **argv)
     DWORD style = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN | WS_CLIPSIBLINGS;
     RECT frame = {0, 0, window_width, window_height};
     AdjustWindowRect(&frame, style, FALSE);
-    HWND window = CreateWindowA("spinning_cube", "Spinning cube (OpenGL 1.1)", style, 40, 40,
+    HWND window = CreateWindowA("spinning_cube", "Spinning cube (OpenGL 1.1)", style, 680, 20,
                                 frame.right - frame.left, frame.bottom - frame.top, nullptr, nullptr, instance,
                                 nullptr);
     if (!window) {

@@ -53,7 +53,7 @@ start_xvfb() {
     local number_file
     command -v Xvfb >/dev/null || { echo "quondale: Xvfb is not installed (run ./quondale setup)" >&2; return 1; }
     number_file=$(mktemp)
-    Xvfb -displayfd 9 -screen 0 1024x768x24 -nolisten tcp 9>"$number_file" >/dev/null 2>&1 &
+    Xvfb -displayfd 9 -screen 0 1280x1024x24 -nolisten tcp 9>"$number_file" >/dev/null 2>&1 &
     xvfb_pid=$!
     local tries
     for tries in $(seq 100); do

@@ -8,6 +8,9 @@ static void quit_by_menu()
     HWND dialog = find_control_window(0, PANEL_WAIT_MS);
     if (!dialog)
         panel_abort(nullptr, "no control window");
+    // As a person would: once the application stands at its first call.
+    if (!panel_wait_text(dialog, PANEL_STATUS, "Halted"))
+        panel_abort(dialog, "no halt");
     driver_done();
     panel_menu(dialog, PANEL_MENU_QUIT);
 }
@@ -17,6 +20,8 @@ static void close_by_system_menu()
     HWND dialog = find_control_window(0, PANEL_WAIT_MS);
     if (!dialog)
         panel_abort(nullptr, "no control window");
+    if (!panel_wait_text(dialog, PANEL_STATUS, "Halted"))
+        panel_abort(dialog, "no halt");
     driver_done();
     SendMessageA(dialog, WM_SYSCOMMAND, SC_CLOSE, 0);
 }

@@ -1,0 +1,127 @@
+// The call history as a person finds it on disk: one GLS text file per GL context, a
+// glsBeginGLS/glsEndGLS pair for each time the context was current, one statement per call with
+// its arguments by name, scalar calls folded into their vector form, WGL calls as notes, calls
+// made without a context in 0.gls, and every line ending in CR CR LF.
+#include "panel_continue.h"
+#include "session_test.h"
+
+static int child()
+{
+    write_fact("thread", GetCurrentThreadId());
+    continue_first_halts();
+
+    wglGetCurrentContext();        // starts the session; the first note goes into 0.gls
+    glClear(GL_COLOR_BUFFER_BIT);  // no context: recorded in 0.gls all the same
+
+    gl_window window = make_gl_window();
+    PIXELFORMATDESCRIPTOR format = wanted_format();
+    int pixel_format = ChoosePixelFormat(window.dc, &format);
+    SetPixelFormat(window.dc, pixel_format, &format);
+    HGLRC first = wglCreateContext(window.dc);
+    HGLRC second = wglCreateContext(window.dc);
+    write_fact("first", (uint32_t)(uintptr_t)first);
+    write_fact("second", (uint32_t)(uintptr_t)second);
+
+    wglMakeCurrent(window.dc, first);
+    glClearColor(0, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glStencilMask(0xFF);
+    glFogi(GL_FOG_MODE, GL_LINEAR);
+    glPixelStorei(GL_UNPACK_SWAP_BYTES, 1);
+    glEnable(GL_LIGHTING);
+    glBegin(GL_TRIANGLES);
+    glColor3ub(1, 2, 3);
+    glNormal3d(0.1, 0.25, -1);
+    glVertex3f(1.5f, 0, -2);
+    glEnd();
+    const GLfloat matrix[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0.5f, -3, 1e10f, 1};
+    glLoadMatrixf(matrix);
+    glRectf(0, 0, 1, 1);
+
+    wglMakeCurrent(window.dc, second);
+    glFlush();
+
+    wglMakeCurrent(window.dc, first); // back again: the file goes on with a second frame
+    glFinish();
+    SwapBuffers(window.dc);
+    wglMakeCurrent(nullptr, nullptr);
+    glGetError();
+    return check_failures ? CHILD_CHECKS_FAILED : 0; // the application ends by itself
+}
+
+static std::string history_file(const std::string &dir, unsigned long long handle)
+{
+    return read_file(dir + "\\history\\" + std::to_string((int)handle) + ".gls");
+}
+
+// The texts as the formatter writes them, with each line end as it lands on disk.
+static std::string on_disk(const char *text)
+{
+    std::string result;
+    for (const char *c = text; *c; ++c)
+        result += *c == '\n' ? std::string("\r\r\n") : std::string(1, *c);
+    return result;
+}
+
+static void compare(const char *what, const std::string &found, const char *expected)
+{
+    check(found == on_disk(expected), "%s differs; found:\n%s\nexpected:\n%s", what, found.c_str(),
+          on_disk(expected).c_str());
+}
+
+int main(int argc, char **argv)
+{
+    if (is_child(argc, argv))
+        return child();
+    child_run run = run_child(fresh_temp("history"));
+    check(!run.timed_out, "child hung");
+    check(run.exit_code == 0, "child exit code %lu", (unsigned long)run.exit_code);
+    std::string dir = session_directory(run.temp, (DWORD)fact(run.facts, "thread"));
+
+    compare("0.gls", history_file(dir, 0),
+            "glsBeginGLS(1, 0);\n"
+            "glsString(\"Info\", \"wglGetCurrentContext\");\n"
+            "glClear(GL_COLOR_BUFFER_BIT);\n"
+            "glsString(\"Info\", \"wglChoosePixelFormat\");\n"
+            "glsString(\"Info\", \"wglSetPixelFormat\");\n"
+            "glsString(\"Info\", \"wglCreateContext\");\n"
+            "glsString(\"Info\", \"wglCreateContext\");\n"
+            "glsString(\"Info\", \"wglMakeCurrent\");\n"
+            "glsEndGLS();\n"
+            "glsBeginGLS(1, 0);\n"
+            "glGetError();\n");
+    compare("first context", history_file(dir, fact(run.facts, "first")),
+            "glsBeginGLS(1, 0);\n"
+            "glClearColor(0, 0, 0, 1);\n"
+            "glClear(GL_DEPTH_BUFFER_BIT | GL_COLOR_BUFFER_BIT);\n"
+            "glStencilMask(0xFF);\n"
+            "glFogi(GL_FOG_MODE, GL_LINEAR);\n"
+            "glPixelStorei(GL_UNPACK_SWAP_BYTES, GL_TRUE);\n"
+            "glEnable(GL_LIGHTING);\n"
+            "glBegin(GL_TRIANGLES);\n"
+            "glColor3ubv({1, 2, 3});\n"
+            "glNormal3dv({0.1, 0.25, -1});\n"
+            "glVertex3fv({1.5, 0, -2});\n"
+            "glEnd();\n"
+            "glLoadMatrixf({\n"
+            "    1          , 0          , 0          , 0          ,\n"
+            "    0          , 1          , 0          , 0          ,\n"
+            "    0          , 0          , 1          , 0          ,\n"
+            "    0.5        , -3         , 1E+10      , 1          \n"
+            "});\n"
+            "glRectfv({0, 0}, {1, 1});\n"
+            "glsString(\"Info\", \"wglMakeCurrent\");\n"
+            "glsEndGLS();\n"
+            "glsBeginGLS(1, 0);\n"
+            "glFinish();\n"
+            "glsString(\"Info\", \"wglSwapBuffers\");\n"
+            "glsString(\"Info\", \"wglMakeCurrent\");\n"
+            "glsEndGLS();\n");
+    compare("second context", history_file(dir, fact(run.facts, "second")),
+            "glsBeginGLS(1, 0);\n"
+            "glFlush();\n"
+            "glsString(\"Info\", \"wglMakeCurrent\");\n"
+            "glsEndGLS();\n");
+    remove_tree(run.temp);
+    return finish("history_text");
+}
