@@ -12,8 +12,6 @@
 
 #include <cstdio>
 
-enum : int { OP_glsDrawVertexArray = 19 };
-
 // The codec hands a write function only a count and bytes: the session is found through the
 // data pointer of the thread's codec context.
 static thread_record *writing_record() { return (thread_record *)gls_current()->dataPointer; }
@@ -48,15 +46,6 @@ void recording_setup(thread_record *record)
         if (gls_opcode_exists(entry.opcode))
             glsCommandFunc(GLS_CAPTURE_FUNC, entry.opcode, debug_wrappers[entry.row]);
     apply_trace_set(record);
-}
-
-void apply_trace_set(thread_record *record)
-{
-    const call_control_row *control = record->per_proc->call_control;
-    for (int row = 0; row < GL_CALL_COUNT; ++row)
-        if (gls_opcode_exists(opcode_of_call[row]))
-            glsCaptureFlags(opcode_of_call[row], control[row].trace == 1 ? 3 : 1);
-    glsCaptureFlags(OP_glsDrawVertexArray, 3);
 }
 
 void history_open(thread_record *record, bool truncate)
