@@ -1,0 +1,97 @@
+// The sample program, run under the debugger for one frame with Continue pressed at its first
+// call, leaves the history that expected/spinning_cube.gls holds, line for line.
+#include "session_test.h"
+
+#include <regex>
+
+static BOOL CALLBACK match_control_window(HWND window, LPARAM search)
+{
+    auto *found = (std::pair<DWORD, HWND> *)search;
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    char title[64];
+    if (process == found->first && IsWindowVisible(window) && GetWindowTextA(window, title, sizeof title) &&
+        strcmp(title, "quondale") == 0) {
+        found->second = window;
+        return FALSE;
+    }
+    return TRUE;
+}
+
+// Waits for the control window of the process to say "Halted" and presses Continue.
+static bool continue_at_first_halt(DWORD process)
+{
+    for (int attempt = 0; attempt < 600; ++attempt) {
+        std::pair<DWORD, HWND> found(process, nullptr);
+        EnumWindows(match_control_window, (LPARAM)&found);
+        char status[64] = "";
+        if (found.second)
+            GetDlgItemTextA(found.second, 107, status, sizeof status);
+        if (strcmp(status, "Halted") == 0) {
+            SendDlgItemMessageA(found.second, 109, BM_CLICK, 0, 0);
+            return true;
+        }
+        Sleep(100);
+    }
+    return false;
+}
+
+static std::string program_folder_path()
+{
+    char path[MAX_PATH];
+    GetModuleFileNameA(nullptr, path, MAX_PATH);
+    std::string folder = path;
+    return folder.substr(0, folder.find_last_of('\\') + 1);
+}
+
+// Addresses of output arguments differ from run to run; the rest is the same every time.
+static std::string without_addresses(const std::string &text)
+{
+    return std::regex_replace(text, std::regex("0x[0-9A-F]{5,}"), "0xADDRESS");
+}
+
+int main()
+{
+    std::string temp = fresh_temp("sample");
+    CreateDirectoryA(temp.c_str(), nullptr);
+    SetEnvironmentVariableA("TEMP", temp.c_str());
+    std::string command = "\"" + program_folder_path() + "spinning_cube.exe\" --frames 1";
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process;
+    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) {
+        check(false, "could not start the sample");
+        return finish("sample_history");
+    }
+    check(continue_at_first_halt(process.dwProcessId), "the sample never halted at its first call");
+    check(WaitForSingleObject(process.hProcess, 60000) == WAIT_OBJECT_0, "the sample did not end");
+    DWORD exit_code = 99;
+    GetExitCodeProcess(process.hProcess, &exit_code);
+    check(exit_code == 0, "the sample ended with %lu", (unsigned long)exit_code);
+
+    std::string history = session_directory(temp, process.dwThreadId) + "\\history\\";
+    std::vector<std::string> files;
+    WIN32_FIND_DATAA entry;
+    HANDLE search = FindFirstFileA((history + "*.gls").c_str(), &entry);
+    if (search != INVALID_HANDLE_VALUE) {
+        do
+            files.push_back(entry.cFileName);
+        while (FindNextFileA(search, &entry));
+        FindClose(search);
+    }
+    check(files.size() == 2, "%d history files, expected 0.gls and the context's", (int)files.size());
+    for (const std::string &name : files) {
+        std::string expected_name = name == "0.gls" ? "spinning_cube_0.gls" : "spinning_cube.gls";
+        std::string expected = read_file(program_folder_path() + "expected\\" + expected_name);
+        std::string on_disk;
+        for (char c : expected)
+            on_disk += c == '\n' ? std::string("\r\r\n") : std::string(1, c);
+        std::string found = without_addresses(read_file(history + name));
+        check(!expected.empty() && found == on_disk, "%s differs from %s; found:\n%s", name.c_str(),
+              expected_name.c_str(), found.c_str());
+    }
+    CloseHandle(process.hProcess);
+    CloseHandle(process.hThread);
+    remove_tree(temp);
+    return finish("sample_history");
+}
