@@ -7,6 +7,7 @@
 #include "tables.h"
 
 #include <cfloat>
+#include <charconv>
 #include <clocale>
 #include <cmath>
 #include <cstdio>
@@ -146,18 +147,25 @@ static int format_number(char *text, double value, bool is_float, uint64_t nan_b
         *p = 0;
         return (int)(p - text);
     }
-    int length = snprintf(text, 32, is_float ? "%.7G" : "%.16G", value);
+    // std::to_chars gives exactly what "%.7G" and "%.16G" give, in lower case and without the C
+    // library's locale and call costs (which are large on some platforms).
+    std::to_chars_result result = std::to_chars(text, text + 31, value, std::chars_format::general, is_float ? 7 : 16);
+    *result.ptr = 0;
+    int length = (int)(result.ptr - text);
+    for (char *p = text; *p; ++p)
+        if (*p == 'e')
+            *p = 'E';
     return repair_number(text, length);
 }
 
-static int format_float(char *text, GLfloat value)
+int gls_format_float(char *text, GLfloat value)
 {
     uint32_t bits;
     memcpy(&bits, &value, 4);
     return format_number(text, value, true, bits);
 }
 
-static int format_double(char *text, GLdouble value)
+int gls_format_double(char *text, GLdouble value)
 {
     uint64_t bits;
     memcpy(&bits, &value, 8);
@@ -189,13 +197,13 @@ static void element_boolean(GlsWriter *w, const void *e, GLenum)
 static void element_float(GlsWriter *w, const void *e, GLenum)
 {
     char text[32];
-    put_text(w, text, (size_t)format_float(text, *(const GLfloat *)e));
+    put_text(w, text, (size_t)gls_format_float(text, *(const GLfloat *)e));
 }
 
 static void element_double(GlsWriter *w, const void *e, GLenum)
 {
     char text[32];
-    put_text(w, text, (size_t)format_double(text, *(const GLdouble *)e));
+    put_text(w, text, (size_t)gls_format_double(text, *(const GLdouble *)e));
 }
 
 // By-enum values: these parameters take GL_FALSE and GL_TRUE, those a GL enumerant.
@@ -666,8 +674,8 @@ static void put_matrix(GlsWriter *w, const void *matrix, bool is_float)
         else
             PUT_LITERAL(w, ", ");
         char text[32];
-        int length = is_float ? format_float(text, ((const GLfloat *)matrix)[i])
-                              : format_double(text, ((const GLdouble *)matrix)[i]);
+        int length = is_float ? gls_format_float(text, ((const GLfloat *)matrix)[i])
+                              : gls_format_double(text, ((const GLdouble *)matrix)[i]);
         put_text(w, text, (size_t)length);
         // Padding lines the columns up; the words for infinity and NaN stand unpadded.
         bool word = text[0] == 'G' || text[1] == 'G' || (text[0] == '0' && text[1] == 'x');

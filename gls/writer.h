@@ -145,3 +145,7 @@ void gls_streams_release(GlsContext *ctx);
 // Slot filling per stream form.
 void gls_init_text_slots(GlsWriter *writer);
 void gls_init_binary_slots(GlsWriter *writer, int type);
+
+// The number rule of the text form: text holds at least 32 bytes; returns the length.
+int gls_format_float(char *text, GLfloat value);
+int gls_format_double(char *text, GLdouble value);
