@@ -53,53 +53,25 @@ GlsBox *gls_list_at(const GlsList *list, int index)
     return box;
 }
 
-static uint32_t bucket_count_for(int size)
+// ---------------------------------------------------------------------------------------------
+// Bucket tables: a power of two of rings, a node's hash picks its ring.
+
+typedef uint32_t (*NodeHash)(const GlsBox *node);
+
+static GlsBox **buckets_create(int size, uint32_t *mask)
 {
     uint32_t count = 1;
     while (count < (uint32_t)size)
         count <<= 1;
-    return count;
+    GlsBox **buckets = (GlsBox **)gls_calloc(count * sizeof(GlsBox *));
+    if (buckets)
+        *mask = count - 1;
+    return buckets;
 }
 
-GlsIntMap *gls_intmap_create(int size)
+static void bucket_push_front(GlsBox **bucket, GlsBox *node)
 {
-    if (size < 1)
-        return nullptr;
-    GlsIntMap *map = (GlsIntMap *)gls_calloc(sizeof(GlsIntMap));
-    if (!map)
-        return nullptr;
-    uint32_t count = bucket_count_for(size);
-    map->buckets = (GlsIntMapNode **)gls_calloc(count * sizeof(GlsIntMapNode *));
-    if (!map->buckets) {
-        gls_free(map);
-        return nullptr;
-    }
-    map->mask = count - 1;
-    return map;
-}
-
-void gls_intmap_delete(GlsIntMap *map)
-{
-    if (!map)
-        return;
-    for (uint32_t i = 0; i <= map->mask; ++i) {
-        GlsIntMapNode *head = map->buckets[i];
-        if (!head)
-            continue;
-        GlsIntMapNode *node = head;
-        do {
-            GlsIntMapNode *next = node->next;
-            gls_free(node);
-            node = next;
-        } while (node != head);
-    }
-    gls_free(map->buckets);
-    gls_free(map);
-}
-
-static void bucket_push_front(GlsIntMapNode **bucket, GlsIntMapNode *node)
-{
-    GlsIntMapNode *head = *bucket;
+    GlsBox *head = *bucket;
     if (!head) {
         node->next = node->prev = node;
     } else {
@@ -111,37 +83,97 @@ static void bucket_push_front(GlsIntMapNode **bucket, GlsIntMapNode *node)
     *bucket = node;
 }
 
-static void intmap_grow(GlsIntMap *map)
+static void bucket_unlink(GlsBox **bucket, GlsBox *node)
 {
-    uint32_t count = map->mask * 2 + 2;
-    GlsIntMapNode **buckets = (GlsIntMapNode **)gls_calloc(count * sizeof(GlsIntMapNode *));
-    if (!buckets)
-        return; // the table stays as it is; the insert goes on
-    for (uint32_t i = 0; i <= map->mask; ++i) {
-        GlsIntMapNode *node = map->buckets[i];
+    if (node->next == node) {
+        *bucket = nullptr;
+        return;
+    }
+    node->prev->next = node->next;
+    node->next->prev = node->prev;
+    if (*bucket == node)
+        *bucket = node->next;
+}
+
+// Grows to mask * 2 + 2 rings and moves every node; without memory the table stays as it is.
+static void buckets_grow(GlsBox ***buckets, uint32_t *mask, NodeHash hash)
+{
+    uint32_t count = *mask * 2 + 2;
+    GlsBox **grown = (GlsBox **)gls_calloc(count * sizeof(GlsBox *));
+    if (!grown)
+        return;
+    for (uint32_t i = 0; i <= *mask; ++i) {
+        GlsBox *node = (*buckets)[i];
         if (!node)
             continue;
         node->prev->next = nullptr;
         while (node) {
-            GlsIntMapNode *next = node->next;
-            bucket_push_front(&buckets[(uint64_t)node->key & (count - 1)], node);
+            GlsBox *next = node->next;
+            bucket_push_front(&grown[hash(node) & (count - 1)], node);
             node = next;
         }
     }
-    gls_free(map->buckets);
-    map->buckets = buckets;
-    map->mask = count - 1;
+    gls_free(*buckets);
+    *buckets = grown;
+    *mask = count - 1;
+}
+
+// Calls free_node for every node, then frees the rings.
+template <typename Free>
+static void buckets_free(GlsBox **buckets, uint32_t mask, Free free_node)
+{
+    for (uint32_t i = 0; i <= mask; ++i) {
+        GlsBox *head = buckets[i];
+        if (!head)
+            continue;
+        GlsBox *node = head;
+        do {
+            GlsBox *next = node->next;
+            free_node(node);
+            node = next;
+        } while (node != head);
+    }
+    gls_free(buckets);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Integer map
+
+static uint32_t int_hash(int64_t key) { return (uint32_t)(uint64_t)key; }
+static uint32_t intmap_node_hash(const GlsBox *node) { return int_hash(((const GlsIntMapNode *)node)->key); }
+
+GlsIntMap *gls_intmap_create(int size)
+{
+    if (size < 1)
+        return nullptr;
+    GlsIntMap *map = (GlsIntMap *)gls_calloc(sizeof(GlsIntMap));
+    if (!map)
+        return nullptr;
+    map->buckets = buckets_create(size, &map->mask);
+    if (!map->buckets) {
+        gls_free(map);
+        return nullptr;
+    }
+    return map;
+}
+
+void gls_intmap_delete(GlsIntMap *map)
+{
+    if (!map)
+        return;
+    buckets_free(map->buckets, map->mask, [](GlsBox *node) { gls_free(node); });
+    gls_free(map);
 }
 
 static GlsIntMapNode *intmap_node(const GlsIntMap *map, int64_t key)
 {
-    GlsIntMapNode *head = map->buckets[(uint64_t)key & map->mask];
-    GlsIntMapNode *node = head;
+    GlsBox *head = map->buckets[int_hash(key) & map->mask];
+    GlsBox *node = head;
     if (!node)
         return nullptr;
     do {
-        if (node->key == key)
-            return node;
+        if (((GlsIntMapNode *)node)->key == key)
+            return (GlsIntMapNode *)node;
         node = node->next;
     } while (node != head);
     return nullptr;
@@ -157,8 +189,8 @@ bool gls_intmap_insert(GlsIntMap *map, int64_t key, void *value)
     node->key = key;
     node->value = value;
     if ((uint32_t)map->count++ > map->mask)
-        intmap_grow(map);
-    bucket_push_front(&map->buckets[(uint64_t)key & map->mask], node);
+        buckets_grow(&map->buckets, &map->mask, intmap_node_hash);
+    bucket_push_front(&map->buckets[int_hash(key) & map->mask], &node->links);
     return true;
 }
 
@@ -173,15 +205,7 @@ bool gls_intmap_remove(GlsIntMap *map, int64_t key)
     GlsIntMapNode *node = intmap_node(map, key);
     if (!node)
         return false;
-    GlsIntMapNode **bucket = &map->buckets[(uint64_t)key & map->mask];
-    if (node->next == node) {
-        *bucket = nullptr;
-    } else {
-        node->prev->next = node->next;
-        node->next->prev = node->prev;
-        if (*bucket == node)
-            *bucket = node->next;
-    }
+    bucket_unlink(&map->buckets[int_hash(key) & map->mask], &node->links);
     gls_free(node);
     --map->count;
     return true;
@@ -198,6 +222,8 @@ static uint32_t key_hash(const char *key)
     return sum;
 }
 
+static uint32_t dict_node_hash(const GlsBox *node) { return key_hash(((const GlsDictNode *)node)->key); }
+
 GlsDict *gls_dict_create(int size, int keepKeys)
 {
     if (size < 1)
@@ -205,13 +231,11 @@ GlsDict *gls_dict_create(int size, int keepKeys)
     GlsDict *dict = (GlsDict *)gls_calloc(sizeof(GlsDict));
     if (!dict)
         return nullptr;
-    uint32_t count = bucket_count_for(size);
-    dict->buckets = (GlsDictNode **)gls_calloc(count * sizeof(GlsDictNode *));
+    dict->buckets = buckets_create(size, &dict->mask);
     if (!dict->buckets) {
         gls_free(dict);
         return nullptr;
     }
-    dict->mask = count - 1;
     dict->keepKeys = keepKeys;
     return dict;
 }
@@ -227,66 +251,19 @@ void gls_dict_delete(GlsDict *dict)
 {
     if (!dict)
         return;
-    for (uint32_t i = 0; i <= dict->mask; ++i) {
-        GlsDictNode *head = dict->buckets[i];
-        if (!head)
-            continue;
-        GlsDictNode *node = head;
-        do {
-            GlsDictNode *next = node->next;
-            free_dict_node(dict, node);
-            node = next;
-        } while (node != head);
-    }
-    gls_free(dict->buckets);
+    buckets_free(dict->buckets, dict->mask, [dict](GlsBox *node) { free_dict_node(dict, (GlsDictNode *)node); });
     gls_free(dict);
-}
-
-static void dict_push_front(GlsDictNode **bucket, GlsDictNode *node)
-{
-    GlsDictNode *head = *bucket;
-    if (!head) {
-        node->next = node->prev = node;
-    } else {
-        node->next = head;
-        node->prev = head->prev;
-        head->prev->next = node;
-        head->prev = node;
-    }
-    *bucket = node;
-}
-
-static void dict_grow(GlsDict *dict)
-{
-    uint32_t count = dict->mask * 2 + 2;
-    GlsDictNode **buckets = (GlsDictNode **)gls_calloc(count * sizeof(GlsDictNode *));
-    if (!buckets)
-        return; // the table stays as it is; the insert goes on
-    for (uint32_t i = 0; i <= dict->mask; ++i) {
-        GlsDictNode *node = dict->buckets[i];
-        if (!node)
-            continue;
-        node->prev->next = nullptr;
-        while (node) {
-            GlsDictNode *next = node->next;
-            dict_push_front(&buckets[key_hash(node->key) & (count - 1)], node);
-            node = next;
-        }
-    }
-    gls_free(dict->buckets);
-    dict->buckets = buckets;
-    dict->mask = count - 1;
 }
 
 static GlsDictNode *dict_node(const GlsDict *dict, const char *key)
 {
-    GlsDictNode *head = dict->buckets[key_hash(key) & dict->mask];
-    GlsDictNode *node = head;
+    GlsBox *head = dict->buckets[key_hash(key) & dict->mask];
+    GlsBox *node = head;
     if (!node)
         return nullptr;
     do {
-        if (strcmp(node->key, key) == 0)
-            return node;
+        if (strcmp(((GlsDictNode *)node)->key, key) == 0)
+            return (GlsDictNode *)node;
         node = node->next;
     } while (node != head);
     return nullptr;
@@ -313,8 +290,8 @@ bool gls_dict_insert(GlsDict *dict, const char *key, intptr_t value)
     }
     node->value = value;
     if ((uint32_t)dict->count++ > dict->mask)
-        dict_grow(dict);
-    dict_push_front(&dict->buckets[key_hash(key) & dict->mask], node);
+        buckets_grow(&dict->buckets, &dict->mask, dict_node_hash);
+    bucket_push_front(&dict->buckets[key_hash(key) & dict->mask], &node->links);
     return true;
 }
 
@@ -331,15 +308,7 @@ bool gls_dict_remove(GlsDict *dict, const char *key)
     GlsDictNode *node = dict_node(dict, key);
     if (!node)
         return false;
-    GlsDictNode **bucket = &dict->buckets[key_hash(key) & dict->mask];
-    if (node->next == node) {
-        *bucket = nullptr;
-    } else {
-        node->prev->next = node->next;
-        node->next->prev = node->prev;
-        if (*bucket == node)
-            *bucket = node->next;
-    }
+    bucket_unlink(&dict->buckets[key_hash(key) & dict->mask], &node->links);
     free_dict_node(dict, node);
     --dict->count;
     return true;

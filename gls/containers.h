@@ -9,16 +9,16 @@ void gls_list_prepend(GlsList *list, GlsBox *box);
 void gls_list_remove(GlsList *list, GlsBox *box);
 GlsBox *gls_list_at(const GlsList *list, int index);
 
+// The hashed containers keep each bucket as a ring of nodes whose links come first.
 struct GlsIntMapNode {
-    GlsIntMapNode *next;
-    GlsIntMapNode *prev;
+    GlsBox links;
     int64_t key;
     void *value;
 };
 
 struct GlsIntMap {
     int count;
-    GlsIntMapNode **buckets;
+    GlsBox **buckets;
     uint32_t mask;
 };
 
@@ -33,15 +33,14 @@ bool gls_intmap_remove(GlsIntMap *map, int64_t key);
 // String dictionary: the hash is the sum of the key's bytes. copyKeys 1 keeps the caller's
 // pointer (the key must outlive the dictionary), 0 copies it.
 struct GlsDictNode {
-    GlsDictNode *next;
-    GlsDictNode *prev;
+    GlsBox links;
     const char *key;
     intptr_t value;
 };
 
 struct GlsDict {
     int count;
-    GlsDictNode **buckets;
+    GlsBox **buckets;
     uint32_t mask;
     int32_t keepKeys;
 };
