@@ -122,7 +122,7 @@ void last_call_format(int count, const char *text, char *field)
     bool has_line_end = count > 1 && find_char_ptr('\n', count - 1, text) != nullptr;
     if (!has_line_end) {
         if (long_piece) {
-            snprintf(field, LAST_CALL_FIELD_SIZE, "%.*s...", (int)LONG_PIECE_KEPT, text);
+            snprintf(field, LAST_CALL_TEXT_SIZE, "%.*s...", (int)LONG_PIECE_KEPT, text);
         } else if (count > 0) {
             memcpy(field, text, (size_t)count);
             field[count - 1] = 0;
@@ -132,7 +132,7 @@ void last_call_format(int count, const char *text, char *field)
         return;
     }
     // Room for the three points and the terminator stays free, so that the cut survives.
-    const int room = LAST_CALL_FIELD_SIZE - 4;
+    const int room = LAST_CALL_TEXT_SIZE - 4;
     int limit = long_piece ? LONG_PIECE_KEPT : count;
     int length = 0;
     int start = 0;

@@ -2,6 +2,8 @@
 // the next call. Plain functions over bytes; the session glue lives in history.cpp.
 #pragma once
 
+#include "records.h"
+
 #include <cstddef>
 #include <cstdio>
 
@@ -11,7 +13,6 @@ enum : int {
     SHORTENED_COMMAS = 16,    // commas behind the first brace that a shortened array keeps
     SHORTEN_BUFFER = 1536,    // bytes of the buffer for a shortened piece
     INDENT_PER_DEPTH = 2,     // blanks of indent for each level of call_depth
-    LAST_CALL_FIELD_SIZE = 10244,
 };
 
 // First index in [from, to) holding c, else -1.
@@ -24,5 +25,5 @@ bool shorten_data(int count, const char *text, char *out);
 // Writes one piece to a history file: optional shortening, the indent of call_depth and the
 // line ends the panel's edit controls want.
 void history_format(FILE *file, int count, const char *text, int call_depth, bool limit_data_dumps);
-// Copies one piece, a whole command, into the last-call field of LAST_CALL_FIELD_SIZE bytes.
+// Copies one piece, a whole command, into per_proc.last_call_text (LAST_CALL_TEXT_SIZE bytes).
 void last_call_format(int count, const char *text, char *field);

@@ -26,7 +26,7 @@ std::string history(std::initializer_list<std::string> pieces, int depth = 0, bo
 
 std::string last_call(const std::string &piece)
 {
-    static char field[LAST_CALL_FIELD_SIZE];
+    static char field[LAST_CALL_TEXT_SIZE];
     last_call_format((int)piece.size(), piece.data(), field);
     return field;
 }
@@ -120,7 +120,7 @@ TEST(LastCall, NeverRunsPastItsField)
     while (lines.size() <= LONG_PIECE)
         lines += "\n";
     std::string text = last_call(lines);
-    EXPECT_LT(text.size(), (size_t)LAST_CALL_FIELD_SIZE);
+    EXPECT_LT(text.size(), (size_t)LAST_CALL_TEXT_SIZE);
     EXPECT_EQ(text.substr(text.size() - 3), "...");
 }
 
