@@ -47,45 +47,36 @@ static int choose_format(HDC dc)
     return index;
 }
 
-static BOOL CALLBACK match_control_window(HWND window, LPARAM found)
-{
-    DWORD process = 0;
-    GetWindowThreadProcessId(window, &process);
-    char title[64];
-    if (process == GetCurrentProcessId() && GetWindowTextA(window, title, sizeof title) &&
-        strcmp(title, "quondale") == 0) {
-        *(HWND *)found = window;
-        return FALSE;
-    }
-    return TRUE;
-}
-
-// The control window of this process, once the panel has shown it.
-static HWND find_control_window()
-{
-    HWND found = nullptr;
-    for (int attempt = 0; attempt < 600 && !found; ++attempt) {
-        EnumWindows(match_control_window, (LPARAM)&found);
-        if (!found)
-            Sleep(50);
-    }
-    return found;
-}
-
 static bool history_wanted;
 
-// Presses the buttons a person would: History off if asked, then Continue.
-static DWORD WINAPI press_continue(void *)
+// Runs tools/panel_press beside this program: it waits for the halt and clicks one button.
+static void press(int button)
 {
-    HWND control = find_control_window();
-    if (!control) {
-        fprintf(stderr, "gl_calls_bench: no control window\n");
+    char exe[MAX_PATH];
+    GetModuleFileNameA(nullptr, exe, MAX_PATH);
+    std::string command = exe;
+    command = "\"" + command.substr(0, command.find_last_of('\\') + 1) + "panel_press.exe\" " +
+              std::to_string(button) + " 60";
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    PROCESS_INFORMATION process;
+    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
+        fprintf(stderr, "gl_calls_bench: no panel_press\n");
         ExitProcess(3);
     }
-    bool history_on = SendDlgItemMessageA(control, CONTROL_HISTORY, BM_GETCHECK, 0, 0) == BST_CHECKED;
-    if (history_on != history_wanted)
-        SendDlgItemMessageA(control, CONTROL_HISTORY, BM_CLICK, 0, 0);
-    SendDlgItemMessageA(control, CONTROL_CONTINUE, BM_CLICK, 0, 0);
+    WaitForSingleObject(process.hProcess, INFINITE);
+    CloseHandle(process.hProcess);
+    CloseHandle(process.hThread);
+}
+
+// Presses what a person would: History off if asked (it starts on), then Continue.
+static DWORD WINAPI press_continue(void *)
+{
+    if (!history_wanted)
+        press(CONTROL_HISTORY);
+    press(CONTROL_CONTINUE);
     return 0;
 }
 

@@ -130,3 +130,13 @@ void check_panel_run(const child_run &run)
     check(fact(run.facts, "driver_done") == 1, "the driver did not finish");
     check(fact(run.facts, "driver_failures") == 0, "the driver found faults");
 }
+
+int panel_check_main(int argc, char **argv, const char *name, int (*child)())
+{
+    if (is_child(argc, argv))
+        return child();
+    child_run run = run_child(fresh_temp(name));
+    check_panel_run(run);
+    remove_tree(run.temp);
+    return finish(name);
+}

@@ -73,3 +73,7 @@ void driver_done();
 
 // The parent's judgement of a child that should end with exit code 0 after the driver's checks.
 void check_panel_run(const child_run &run);
+
+// The whole main of a panel check: as the child it plays the application, as the parent it
+// runs the child with a fresh TEMP and judges its end.
+int panel_check_main(int argc, char **argv, const char *name, int (*child)());

@@ -35,12 +35,4 @@ static int child()
     return check_failures ? CHILD_CHECKS_FAILED : 0;
 }
 
-int main(int argc, char **argv)
-{
-    if (is_child(argc, argv))
-        return child();
-    child_run run = run_child(fresh_temp("panel_gl_error"));
-    check_panel_run(run);
-    remove_tree(run.temp);
-    return finish("panel_gl_error");
-}
+int main(int argc, char **argv) { return panel_check_main(argc, argv, "panel_gl_error", child); }

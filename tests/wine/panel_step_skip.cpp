@@ -53,12 +53,4 @@ static int child()
     return check_failures ? CHILD_CHECKS_FAILED : 0;
 }
 
-int main(int argc, char **argv)
-{
-    if (is_child(argc, argv))
-        return child();
-    child_run run = run_child(fresh_temp("panel_step_skip"));
-    check_panel_run(run);
-    remove_tree(run.temp);
-    return finish("panel_step_skip");
-}
+int main(int argc, char **argv) { return panel_check_main(argc, argv, "panel_step_skip", child); }

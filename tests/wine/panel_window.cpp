@@ -215,12 +215,4 @@ static int child()
     wait_for_the_end();
 }
 
-int main(int argc, char **argv)
-{
-    if (is_child(argc, argv))
-        return child();
-    child_run run = run_child(fresh_temp("panel_window"));
-    check_panel_run(run);
-    remove_tree(run.temp);
-    return finish("panel_window");
-}
+int main(int argc, char **argv) { return panel_check_main(argc, argv, "panel_window", child); }

@@ -1,40 +1,9 @@
 // The sample program, run under the debugger for one frame with Continue pressed at its first
-// call, leaves the history that expected/spinning_cube.gls holds, line for line.
+// call (by tools/panel_press), leaves the history that expected/spinning_cube.gls holds, line for
+// line.
 #include "session_test.h"
 
 #include <regex>
-
-static BOOL CALLBACK match_control_window(HWND window, LPARAM search)
-{
-    auto *found = (std::pair<DWORD, HWND> *)search;
-    DWORD process = 0;
-    GetWindowThreadProcessId(window, &process);
-    char title[64];
-    if (process == found->first && IsWindowVisible(window) && GetWindowTextA(window, title, sizeof title) &&
-        strcmp(title, "quondale") == 0) {
-        found->second = window;
-        return FALSE;
-    }
-    return TRUE;
-}
-
-// Waits for the control window of the process to say "Halted" and presses Continue.
-static bool continue_at_first_halt(DWORD process)
-{
-    for (int attempt = 0; attempt < 600; ++attempt) {
-        std::pair<DWORD, HWND> found(process, nullptr);
-        EnumWindows(match_control_window, (LPARAM)&found);
-        char status[64] = "";
-        if (found.second)
-            GetDlgItemTextA(found.second, 107, status, sizeof status);
-        if (strcmp(status, "Halted") == 0) {
-            SendDlgItemMessageA(found.second, 109, BM_CLICK, 0, 0);
-            return true;
-        }
-        Sleep(100);
-    }
-    return false;
-}
 
 static std::string program_folder_path()
 {
@@ -63,7 +32,19 @@ int main()
         check(false, "could not start the sample");
         return finish("sample_history");
     }
-    check(continue_at_first_halt(process.dwProcessId), "the sample never halted at its first call");
+    // Continue pressed from outside, as the demo does it.
+    std::string press = "\"" + program_folder_path() + "panel_press.exe\" 109 60";
+    PROCESS_INFORMATION presser;
+    STARTUPINFOA presser_startup = {};
+    presser_startup.cb = sizeof presser_startup;
+    DWORD press_code = 99;
+    if (CreateProcessA(nullptr, &press[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &presser_startup, &presser)) {
+        WaitForSingleObject(presser.hProcess, 90000);
+        GetExitCodeProcess(presser.hProcess, &press_code);
+        CloseHandle(presser.hProcess);
+        CloseHandle(presser.hThread);
+    }
+    check(press_code == 0, "the sample never halted at its first call");
     check(WaitForSingleObject(process.hProcess, 60000) == WAIT_OBJECT_0, "the sample did not end");
     DWORD exit_code = 99;
     GetExitCodeProcess(process.hProcess, &exit_code);
