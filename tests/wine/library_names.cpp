@@ -1,7 +1,6 @@
 // The program loads quondale.dll under its own name, through the forwarding opengl32.dll beside
 // it, and quondale.dll in turn has the system's opengl32.dll loaded to do the real work.
 #include "testbed.h"
-#include "panel_continue.h"
 
 #include <tlhelp32.h>
 
@@ -23,8 +22,6 @@ static std::string module_path(HMODULE module)
 
 int main()
 {
-    // Halted at its first call, the program waits for a Continue.
-    continue_first_halts();
     HMODULE quondale = GetModuleHandleA("quondale.dll");
     if (!quondale) {
         fail("GetModuleHandleA(\"quondale.dll\") is null: the program did not load the debugger");

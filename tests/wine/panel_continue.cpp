@@ -30,13 +30,16 @@ static BOOL CALLBACK continue_if_halted(HWND window, LPARAM argument)
     return TRUE;
 }
 
+// Watches until the one panel of the program's GL thread has been let go: a watcher that still
+// sends messages to the panel while the process ends can take the whole process down with it.
 static DWORD WINAPI watch_panels(void *)
 {
     static panels_seen seen;
-    for (;;) {
+    while (seen.count == 0) {
         EnumWindows(continue_if_halted, (LPARAM)&seen);
-        Sleep(10);
+        Sleep(20);
     }
+    return 0;
 }
 
 void continue_first_halts()
