@@ -1,8 +1,8 @@
 // Encodes a realistic call mix to text through the capture path (the dispatch rows that an
 // exported entry point calls) and prints calls and bytes per second, and the allocations made
 // while encoding, which must be none.
-#include "dispatch_calls.h"
-#include "gls.h"
+#include "gen/dispatch_calls.h"
+#include "gls/gls.h"
 
 #include <chrono>
 #include <cmath>

@@ -1,13 +1,12 @@
 """Name tables of the codec: GL enumerant pages from the Khronos registry, GLS enumerant pages
-from gls_types.h, and the alias table of the names that the pages cannot hold.
+from the table's glsenum rows, and the alias table of the names that the pages cannot hold.
 
 GL names come from what OpenGL 1.0 and 1.1, the 1.2 imaging subset, the codec's extension list
 and the extensions of the table's vendor rows require. A value v has page v >> 8, row v & 255;
 each value keeps one name in the pages (core before extension, then registry order) and every
 other name goes to the alias table, as do names of values above the pages. Bitmask names stay
-out: the mask tables name them.
+out of the pages: the mask tables name them.
 """
-import re
 import xml.etree.ElementTree as ET
 
 GL_PAGES = 133
@@ -21,74 +20,73 @@ CODEC_EXTENSIONS = [
 ]
 
 
-def required_names(root, groups):
-    """Names in order of priority: each group is a list of feature or extension names."""
-    features = {f.get('name'): f for f in root.iter('feature')}
-    for ext in root.iter('extension'):
-        features[ext.get('name')] = ext
-    order = []
-    for rank, group in enumerate(groups):
-        for fname in group:
-            node = features.get(fname)
-            if node is None:
-                raise ValueError('gl.xml has no %s' % fname)
-            for req in node.iter('require'):
-                if req.get('api') not in (None, 'gl') or req.get('profile') == 'core':
+class Registry:
+    """The GL enumerants of gl.xml: every name with its value, and the codec's named set."""
+    def __init__(self, xml_path, vendor_extensions):
+        self.root = ET.parse(xml_path).getroot()
+        self.defined = {}  # name -> (value, bitmask, ranged, position)
+        position = 0
+        for block in self.root.iter('enums'):
+            if block.get('namespace') != 'GL':
+                continue
+            bitmask = block.get('type') == 'bitmask'
+            ranged = block.get('start') is not None
+            for e in block.iter('enum'):
+                if e.get('api') not in (None, 'gl'):
                     continue
-                order += [(rank, e.get('name')) for e in req.iter('enum')]
-    return order
+                try:
+                    value = int(e.get('value'), 0)
+                except ValueError:
+                    continue
+                position += 1
+                self.defined.setdefault(e.get('name'), (value, bitmask, ranged, position))
+        self.groups = [['GL_VERSION_1_0', 'GL_VERSION_1_1'], ['GL_ARB_imaging'], CODEC_EXTENSIONS,
+                       sorted(vendor_extensions)]
 
+    def value(self, name):
+        if name not in self.defined:
+            raise ValueError('gl.xml has no enumerant %s' % name)
+        return self.defined[name][0]
 
-def gl_enums(xml_path, vendor_extensions):
-    root = ET.parse(xml_path).getroot()
-    defined = {}
-    position = 0
-    for block in root.iter('enums'):
-        if block.get('namespace') != 'GL':
-            continue
-        bitmask = block.get('type') == 'bitmask'
-        ranged = block.get('start') is not None
-        for e in block.iter('enum'):
-            if e.get('api') not in (None, 'gl'):
+    def required_names(self):
+        """(rank, name) in order of priority: each group is a list of feature or extension names."""
+        features = {f.get('name'): f for f in self.root.iter('feature')}
+        for ext in self.root.iter('extension'):
+            features[ext.get('name')] = ext
+        order = []
+        for rank, group in enumerate(self.groups):
+            for fname in group:
+                node = features.get(fname)
+                if node is None:
+                    raise ValueError('gl.xml has no %s' % fname)
+                for req in node.iter('require'):
+                    if req.get('api') not in (None, 'gl') or req.get('profile') == 'core':
+                        continue
+                    order += [(rank, e.get('name')) for e in req.iter('enum')]
+        return order
+
+    def codec_names(self):
+        """Pages (value -> name), aliases [(name, value)] and every required name with its value."""
+        seen, candidates, constants = set(), [], []
+        for rank, name in self.required_names():
+            if name in seen or name not in self.defined:
                 continue
-            try:
-                value = int(e.get('value'), 0)
-            except ValueError:
+            seen.add(name)
+            value, bitmask, ranged, position = self.defined[name]
+            if not 0 <= value <= 0xFFFFFFFF:
                 continue
-            position += 1
-            defined.setdefault(e.get('name'), (value, bitmask, ranged, position))
-    groups = [['GL_VERSION_1_0', 'GL_VERSION_1_1'], ['GL_ARB_imaging'], CODEC_EXTENSIONS,
-              sorted(vendor_extensions)]
-    seen, candidates = set(), []
-    for rank, name in required_names(root, groups):
-        if name in seen or name not in defined:
-            continue
-        seen.add(name)
-        value, bitmask, ranged, position = defined[name]
-        if bitmask or not 0 <= value <= 0xFFFFFFFF:
-            continue
-        candidates.append(((not ranged, rank, position), name, value))
-    pages = {}
-    aliases = []
-    for key, name, value in sorted(candidates):
-        if 0 <= value < GL_PAGES * 256 and value not in pages:
-            pages[value] = name
-        else:
-            aliases.append((name, value))
-    aliases.sort(key=lambda a: (a[1], a[0]))
-    return pages, aliases
-
-
-def gls_enums(types_path):
-    """GLS enumerants as gls_types.h declares them (the two limits carry an _ATTRIB there so
-    that they do not clash with the constants of the same name)."""
-    text = open(types_path, encoding='utf-8').read()
-    block = text[text.index('GLS_NONE = 0'):]
-    block = block[:block.index('};')]
-    values = {}
-    for name, value in re.findall(r'(GLS_[A-Z0-9_]+) = (\d+)', block):
-        values.setdefault(int(value), name.replace('_ATTRIB', ''))
-    return values
+            constants.append((name, value))
+            if bitmask:
+                continue
+            candidates.append(((not ranged, rank, position), name, value))
+        pages, aliases = {}, []
+        for key, name, value in sorted(candidates):
+            if 0 <= value < GL_PAGES * 256 and value not in pages:
+                pages[value] = name
+            else:
+                aliases.append((name, value))
+        aliases.sort(key=lambda a: (a[1], a[0]))
+        return pages, aliases, constants
 
 
 def page_tables(prefix, names, page_count, page_size, kind):
@@ -112,13 +110,33 @@ def page_tables(prefix, names, page_count, page_size, kind):
     return out
 
 
-def gen_enums(xml_path, types_path, vendor_extensions, header):
-    pages, aliases = gl_enums(xml_path, vendor_extensions)
-    out = [header, '#include "names.h"\n\n']
+def gen_names(registry, gls_enums, header):
+    """gls_names.cpp: the value-to-name pages of both APIs and the GL alias table."""
+    pages, aliases, constants = registry.codec_names()
+    gls_pages = {}
+    for name, value in gls_enums:
+        gls_pages.setdefault(value, name)
+    out = [header, '#include "gls/names.h"\n\n']
     out += page_tables('gls_gl_enum', pages, GL_PAGES, 256, 'uint16_t')
-    out += page_tables('gls_gls_enum', gls_enums(types_path), GLS_PAGES, 16, 'uint8_t')
+    out += page_tables('gls_gls_enum', gls_pages, GLS_PAGES, 16, 'uint8_t')
     out.append('// Names the pages cannot hold: a value they share, or one above the pages.\n')
     out.append('const GlsNameValue gls_gl_enum_aliases[%d] = {\n' % len(aliases))
     out += ['    {"%s", 0x%X},\n' % (n, v) for n, v in aliases]
     out.append('};\nconst int gls_gl_enum_alias_count = %d;\n' % len(aliases))
+    return ''.join(out)
+
+
+def gen_gl_enums_header(registry, extra_names, header):
+    """gl_enums.h: a constant for every GL enumerant the codec knows, and the names the table's
+    data rows use, so that code says GL_UNSIGNED_BYTE where the registry does."""
+    pages, aliases, constants = registry.codec_names()
+    known = dict(constants)
+    for name in extra_names:
+        known.setdefault(name, registry.value(name))
+    out = [header, '#pragma once\n\n#include "gls/gls_types.h"\n\n',
+           '// The system\'s GL headers never stand beside the library\'s own entry points: these are\n'
+           '// the enumerants, from the Khronos registry.\n',
+           'enum : GLenum {\n']
+    out += ['    %s = 0x%X,\n' % (n, v) for n, v in sorted(known.items(), key=lambda i: (i[1], i[0]))]
+    out.append('};\n')
     return ''.join(out)

@@ -1,11 +1,11 @@
 // The binary forms: LSB first (plain on this little-endian host), MSB first (swapped), and the
 // context stream (plain, in memory). beginCommand makes room for the whole command, so the
 // items that follow write without a test.
-#include "writer.h"
+#include "gls/writer.h"
 
-#include "gls.h"
-#include "streams.h"
-#include "tables.h"
+#include "gls/gls.h"
+#include "gls/streams.h"
+#include "gls/tables.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -191,7 +191,7 @@ static void put_vertex_data(GlsWriter *w, GLenum format, GLuint size, const GLvo
 
 static bool long_header(GLSopcode opcode, size_t padded)
 {
-    return opcode == GLS_OP_glsBeginGLS || opcode == GLS_OP_glsEndGLS || opcode >= 65536 || padded > 65531;
+    return opcode == OP_glsBeginGLS || opcode == OP_glsEndGLS || opcode >= 65536 || padded > 65531;
 }
 
 template <bool Swap>
@@ -266,7 +266,7 @@ static GLboolean pad_to_double(GlsWriter *w, GLuint parity)
             memcpy(fields, start + 4, 8);
             uint32_t opcode = Swap ? __builtin_bswap32(fields[0]) : fields[0];
             uint32_t size = Swap ? __builtin_bswap32(fields[1]) : fields[1];
-            if (opcode != GLS_OP_glsBeginGLS && size <= 0xFFFFFFFBu) {
+            if (opcode != OP_glsBeginGLS && size <= 0xFFFFFFFBu) {
                 store<Swap>(w, (GLuint)0);
                 size += 4;
                 fields[1] = Swap ? __builtin_bswap32(size) : size;
@@ -277,7 +277,7 @@ static GLboolean pad_to_double(GlsWriter *w, GLuint parity)
             }
         }
     }
-    if (!begin_command<Swap>(w, GLS_OP_glsPad, 0))
+    if (!begin_command<Swap>(w, OP_glsPad, 0))
         return 0;
     end_command<Swap>(w);
     return 1;

@@ -2,28 +2,31 @@
 // string field sizes, and the writers of the commands whose arrays need a rule of their own.
 #pragma once
 
-#include "gls_context.h"
+#include "gls/gls_context.h"
 
 struct GlsWriter;
 
-// Size tables by pname, from the OpenGL 1.1 definitions with their extensions.
-enum GlsSizeTable : int {
-    GLS_SIZES_FOG,
-    GLS_SIZES_LIGHT,
-    GLS_SIZES_MATERIAL,
-    GLS_SIZES_LIGHT_MODEL,
-    GLS_SIZES_TEX_PARAMETER,
-    GLS_SIZES_TEX_ENV,
-    GLS_SIZES_TEX_GEN,
-    GLS_SIZES_CONVOLUTION,
-    GLS_SIZES_COLOR_TABLE,
-    GLS_SIZES_POINT_PARAMETER,
-    GLS_SIZES_HEADER,
-    GLS_SIZES_GET,
-    GLS_SIZE_TABLE_COUNT,
+// Value counts by pname, one table per parameter family (GlsSizeTable); generated from the
+// table of signatures.
+struct GlsPnameCount {
+    GLenum pname;
+    GLuint count;
 };
 
-// The count of values of pname; 0 for a pname the table does not know.
+struct GlsSizeTableRows {
+    const GlsPnameCount *rows; // ends with a count of 0
+    GLuint unknown;            // the count of a pname the table does not name
+};
+
+extern const GlsSizeTableRows gls_size_tables[GLS_SIZE_TABLE_COUNT];
+
+// By-enum parameters whose values the text form writes by name.
+extern const GLenum gls_named_boolean_pnames[];
+extern const int gls_named_boolean_pname_count;
+extern const GLenum gls_named_enum_pnames[];
+extern const int gls_named_enum_pname_count;
+
+// The count of values of pname in a table.
 GLuint gls_pname_count(GlsSizeTable table, GLenum pname);
 
 // The size of a string field: a word, the UTF-8 text and its zero, to a multiple of four.

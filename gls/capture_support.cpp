@@ -1,68 +1,20 @@
 // Helpers of the capture functions: size tables, string fields, arrays with rules of their own,
 // and the client-state shadow kept by the execute steps of the client commands.
-#include "capture.h"
+#include "gls/capture.h"
 
-#include "commands.h"
-#include "gls.h"
-#include "tables.h"
-#include "writer.h"
-
-struct PnameCount {
-    GLenum pname;
-    GLuint count;
-};
-
-static const PnameCount fog_sizes[] = {
-    {0x0B61, 1}, {0x0B62, 1}, {0x0B63, 1}, {0x0B64, 1}, {0x0B65, 1}, {0x0B66, 4}, {0, 0}};
-static const PnameCount light_sizes[] = {
-    {0x1200, 4}, {0x1201, 4}, {0x1202, 4}, {0x1203, 4}, {0x1204, 3}, {0x1205, 1},
-    {0x1206, 1}, {0x1207, 1}, {0x1208, 1}, {0x1209, 1}, {0, 0}};
-static const PnameCount material_sizes[] = {
-    {0x1200, 4}, {0x1201, 4}, {0x1202, 4}, {0x1600, 4}, {0x1601, 1}, {0x1602, 4}, {0x1603, 3}, {0, 0}};
-static const PnameCount light_model_sizes[] = {
-    {0x0B51, 1}, {0x0B52, 1}, {0x0B53, 4}, {0x81F8, 1}, {0, 0}};
-static const PnameCount tex_parameter_sizes[] = {
-    {0x2800, 1}, {0x2801, 1}, {0x2802, 1}, {0x2803, 1}, {0x1004, 4}, {0x8066, 1}, {0x8067, 1},
-    {0x8072, 1}, {0x813A, 1}, {0x813B, 1}, {0x813C, 1}, {0x813D, 1}, {0, 0}};
-static const PnameCount tex_env_sizes[] = {{0x2200, 1}, {0x2201, 4}, {0, 0}};
-static const PnameCount tex_gen_sizes[] = {{0x2500, 1}, {0x2501, 4}, {0x2502, 4}, {0, 0}};
-static const PnameCount convolution_sizes[] = {
-    {0x8013, 1}, {0x8014, 4}, {0x8015, 4}, {0x8017, 1}, {0x8018, 1}, {0x8019, 1}, {0x801A, 1},
-    {0x801B, 1}, {0x8154, 4}, {0, 0}};
-static const PnameCount color_table_sizes[] = {
-    {0x80D6, 4}, {0x80D7, 4}, {0x80D8, 1}, {0x80D9, 1}, {0x80DA, 1}, {0x80DB, 1}, {0x80DC, 1},
-    {0x80DD, 1}, {0x80DE, 1}, {0x80DF, 1}, {0, 0}};
-static const PnameCount point_parameter_sizes[] = {
-    {0x8126, 1}, {0x8127, 1}, {0x8128, 1}, {0x8129, 3}, {0, 0}};
-static const PnameCount header_sizes[] = {
-    {GLS_ASPECT, 1}, {GLS_CONTRAST, 1}, {GLS_GAMMA, 4}, {GLS_RED_POINT, 2}, {GLS_GREEN_POINT, 2},
-    {GLS_BLUE_POINT, 2}, {GLS_WHITE_POINT, 2}, {GLS_CREATE_TIME, 6}, {GLS_ACCUM_RED_BITS, 1},
-    {GLS_ACCUM_GREEN_BITS, 1}, {GLS_ACCUM_BLUE_BITS, 1}, {GLS_ACCUM_ALPHA_BITS, 1},
-    {GLS_AUX_BUFFERS, 1}, {GLS_COLOR_RED_BITS, 1}, {GLS_COLOR_GREEN_BITS, 1},
-    {GLS_COLOR_BLUE_BITS, 1}, {GLS_COLOR_ALPHA_BITS, 1}, {GLS_DEPTH_BITS, 1},
-    {GLS_DOUBLEBUFFER, 1}, {GLS_HEIGHT, 1}, {GLS_INDEX_BITS, 1}, {GLS_RGBA_MODE, 1},
-    {GLS_STENCIL_BITS, 1}, {GLS_STEREO, 1}, {GLS_TILEABLE, 1}, {0, 0}};
-// State values with more than one value; the others of the get commands have one.
-static const PnameCount get_sizes[] = {
-    {0x0B00, 4}, {0x0B01, 4}, {0x0B02, 3}, {0x0B04, 4}, {0x0B05, 4}, {0x0B07, 4}, {0x0B12, 2},
-    {0x0B22, 2}, {0x0B40, 2}, {0x0B53, 4}, {0x0B66, 4}, {0x0B70, 2}, {0x0BA2, 4}, {0x0BA6, 16},
-    {0x0BA7, 16}, {0x0BA8, 16}, {0x0C10, 4}, {0x0C22, 4}, {0x0C23, 4}, {0x0D3A, 2}, {0x0D3B, 2},
-    {0x0DD0, 2}, {0x0DD3, 2}, {0x0B0B, 2}, {0x8005, 4}, {0, 0}};
-
-static const PnameCount *const size_tables[GLS_SIZE_TABLE_COUNT] = {
-    fog_sizes, light_sizes, material_sizes, light_model_sizes, tex_parameter_sizes,
-    tex_env_sizes, tex_gen_sizes, convolution_sizes, color_table_sizes, point_parameter_sizes,
-    header_sizes, get_sizes,
-};
+#include "gen/commands.h"
+#include "gls/gls.h"
+#include "gls/tables.h"
+#include "gls/writer.h"
 
 GLuint gls_pname_count(GlsSizeTable table, GLenum pname)
 {
     if (table < 0 || table >= GLS_SIZE_TABLE_COUNT)
         return 0;
-    for (const PnameCount *row = size_tables[table]; row->count; ++row)
+    for (const GlsPnameCount *row = gls_size_tables[table].rows; row->count; ++row)
         if (row->pname == pname)
             return row->count;
-    return table == GLS_SIZES_GET ? 1 : 0;
+    return gls_size_tables[table].unknown;
 }
 
 GLuint gls_string_field_size(const GlsContext *ctx, const GLubyte *string)

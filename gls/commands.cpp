@@ -1,9 +1,9 @@
 // Execute functions of the codec's own commands (opcodes 16 to 45).
-#include "commands.h"
+#include "gen/commands.h"
 
-#include "gls.h"
-#include "gls_string.h"
-#include "tables.h"
+#include "gls/gls.h"
+#include "gls/gls_string.h"
+#include "gls/tables.h"
 
 static GlsContext *context_or_error()
 {

@@ -1,6 +1,6 @@
-#include "containers.h"
+#include "gls/containers.h"
 
-#include "gls.h"
+#include "gls/gls.h"
 
 #include <cstring>
 

@@ -1,7 +1,7 @@
 // The containers the codec shares: counted rings, the integer map and the string dictionary.
 #pragma once
 
-#include "gls_context.h"
+#include "gls/gls_context.h"
 
 // Counted list operations; a box's payload follows its links.
 void gls_list_append(GlsList *list, GlsBox *box);

@@ -1,13 +1,13 @@
 // Codec contexts: the process-wide binding, the context table, the error word, capture flags
 // and the operations that manage them.
-#include "gls.h"
+#include "gls/gls.h"
 
-#include "commands.h"
-#include "containers.h"
-#include "tables.h"
-#include "gls_string.h"
-#include "writer.h"
-#include "streams.h"
+#include "gen/commands.h"
+#include "gls/containers.h"
+#include "gls/tables.h"
+#include "gls/gls_string.h"
+#include "gls/writer.h"
+#include "gls/streams.h"
 
 #include <clocale>
 #include <cstdio>
@@ -176,9 +176,9 @@ static void init_capture_flags(GlsContext *ctx)
         ctx->captureFlags[op] = client_not_get ? 3 : 2;
     }
     // The writer writes these itself, never their capture functions.
-    ctx->captureFlags[GLS_OP_glsBeginGLS] = 0;
-    ctx->captureFlags[GLS_OP_glsEndGLS] = 0;
-    ctx->captureFlags[GLS_OP_glsPad] = 0;
+    ctx->captureFlags[OP_glsBeginGLS] = 0;
+    ctx->captureFlags[OP_glsEndGLS] = 0;
+    ctx->captureFlags[OP_glsPad] = 0;
 }
 
 static GlsContext *new_context()
@@ -337,7 +337,7 @@ GLboolean glsBeginCapture(const GLubyte *name, GLSenum type, GLbitfield writeFla
     GlsContext *ctx = require_context();
     if (!ctx)
         return 0;
-    if (ctx->captureNesting >= GLS_MAX_CAPTURE_NESTING) {
+    if (ctx->captureNesting >= GLS_CAPTURE_NESTING_LIMIT) {
         gls_set_error(GLS_STATE_ERROR);
         return 0;
     }
@@ -356,7 +356,7 @@ GLboolean glsBeginCapture(const GLubyte *name, GLSenum type, GLbitfield writeFla
         gls_update_dispatch(ctx);
     }
     if (!(writeFlags & GLS_WRITE_NO_FRAME)) {
-        if (writer->beginCommand(writer, GLS_OP_glsBeginGLS, 8)) {
+        if (writer->beginCommand(writer, OP_glsBeginGLS, 8)) {
             writer->putGLint(writer, GLS_VERSION_MAJOR_VALUE);
             writer->putGLint(writer, GLS_VERSION_MINOR_VALUE);
             writer->endCommand(writer);
@@ -405,7 +405,7 @@ void glsCaptureFlags(GLSopcode opcode, GLbitfield flags)
         gls_set_error(GLS_PARAMETER_ERROR);
         return;
     }
-    if (opcode == GLS_OP_glsBeginGLS || opcode == GLS_OP_glsEndGLS || opcode == GLS_OP_glsPad)
+    if (opcode == OP_glsBeginGLS || opcode == OP_glsEndGLS || opcode == OP_glsPad)
         return;
     ctx->captureFlags[opcode] = (uint8_t)flags;
 }

@@ -2,8 +2,8 @@
 // go to the thread's error word, read by glsGetError.
 #pragma once
 
-#include "gls_types.h"
-#include "gls_context.h"
+#include "gls/gls_types.h"
+#include "gls/gls_context.h"
 
 // Process start-up and shut-down of the codec (called by the library's load notification).
 bool gls_process_attach();

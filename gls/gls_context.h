@@ -2,8 +2,9 @@
 // documented layout; all records start zero-filled.
 #pragma once
 
-#include "gls_types.h"
-#include "platform.h"
+#include "gen/calls.h"
+#include "gls/gls_types.h"
+#include "gls/platform.h"
 
 #include <cstdio>
 
@@ -158,7 +159,7 @@ struct GlsContext {
     GlsString returnString;
     GLSenum stringType;
     GlsWriter *currentWriter;
-    GlsWriter *writerStack[GLS_MAX_CAPTURE_NESTING];
+    GlsWriter *writerStack[GLS_CAPTURE_NESTING_LIMIT];
     GlsWriteFunc writeFunc;
     GlsPrefix *writePrefix;
 };

@@ -1,6 +1,6 @@
-#include "gls_string.h"
+#include "gls/gls_string.h"
 
-#include "gls.h"
+#include "gls/gls.h"
 
 #include <cstring>
 

@@ -2,7 +2,7 @@
 // record is an empty string.
 #pragma once
 
-#include "gls_context.h"
+#include "gls/gls_context.h"
 
 const char *gls_string_text(const GlsString *string);
 // Appends length bytes; false (and GLS_RESOURCE_ERROR) when memory runs out.

@@ -1,10 +1,10 @@
 // Mask tables and the dictionaries from name to value.
-#include "names.h"
+#include "gls/names.h"
 
-#include "containers.h"
-#include "gls.h"
-#include "platform.h"
-#include "tables.h"
+#include "gls/containers.h"
+#include "gls/gls.h"
+#include "gls/platform.h"
+#include "gls/tables.h"
 
 const GlsNameValue gls_attrib_mask_rows[GLS_ATTRIB_MASK_ROWS] = {
     {"GL_NONE", 0},

@@ -2,7 +2,7 @@
 // by the dictionaries built on first use.
 #pragma once
 
-#include "gls_types.h"
+#include "gls/gls_types.h"
 
 struct GlsNameValue {
     const char *name;

@@ -1,6 +1,6 @@
 // The codec's parts that later work fills in: stream reading, vertex
 // data and the version and extension queries. Until then they write nothing and execute nothing.
-#include "gls.h"
+#include "gls/gls.h"
 
 bool gls_extension_supported(const char *) { return false; }
 bool gls_version_supported(GLSenum api, GLint major, GLint minor)

@@ -1,4 +1,4 @@
-#include "platform.h"
+#include "gls/platform.h"
 
 #include <cstdio>
 #include <cstring>

@@ -2,7 +2,7 @@
 // opening of the real GL library. Everything else in gls/ is plain C++ and builds anywhere.
 #pragma once
 
-#include "gls_types.h"
+#include "gls/gls_types.h"
 
 #if defined(_WIN32)
 #  ifndef WIN32_LEAN_AND_MEAN

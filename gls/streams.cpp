@@ -1,11 +1,11 @@
 // Streams: external writers on a named file, a callback or the default channel; context streams
 // in memory; the read and write prefixes; and the operations on streams by name.
-#include "writer.h"
+#include "gls/writer.h"
 
-#include "containers.h"
-#include "gls.h"
-#include "gls_string.h"
-#include "streams.h"
+#include "gls/containers.h"
+#include "gls/gls.h"
+#include "gls/gls_string.h"
+#include "gls/streams.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -64,7 +64,7 @@ static void free_block(GlsBlock *block)
 static void write_end_record(GlsBlock *block, const uint8_t *link)
 {
     if ((block->writePos - block->base) % 8 == 4) {
-        uint16_t pad[2] = {GLS_OP_glsPad, 4};
+        uint16_t pad[2] = {OP_glsPad, 4};
         memcpy(block->writePos, pad, 4);
         block->writePos += 4;
     }
@@ -230,7 +230,7 @@ static GLboolean context_allocate(GlsWriter *writer, size_t size)
         return 0;
     }
     if (writer->wordParity) {
-        uint16_t pad[2] = {GLS_OP_glsPad, 4};
+        uint16_t pad[2] = {OP_glsPad, 4};
         memcpy(next->writePos, pad, 4);
         next->writePos += 4;
     }
@@ -477,7 +477,7 @@ void gls_flush_stream_file(GlsWriter *writer)
 void gls_delete_writer(GlsWriter *writer)
 {
     if (writer->type != 0) {
-        if (!(writer->writeFlags & GLS_WRITE_NO_FRAME) && writer->beginCommand(writer, GLS_OP_glsEndGLS, 0))
+        if (!(writer->writeFlags & GLS_WRITE_NO_FRAME) && writer->beginCommand(writer, OP_glsEndGLS, 0))
             writer->endCommand(writer);
         gls_flush_writer(writer);
     }

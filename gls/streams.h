@@ -1,7 +1,7 @@
 // Stream records and the stream operations by name.
 #pragma once
 
-#include "gls_context.h"
+#include "gls/gls_context.h"
 
 struct GlsOutStream {
     FILE *file;

@@ -2,7 +2,8 @@
 // default dispatch, decode and swap tables are filled at process attach.
 #pragma once
 
-#include "gls_types.h"
+#include "gen/calls.h"
+#include "gls/gls_types.h"
 
 extern const char *const gls_opcode_names[GLS_OPCODE_COUNT];
 extern const uint8_t gls_attributes[GLS_OPCODE_COUNT];

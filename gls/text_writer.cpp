@@ -1,10 +1,11 @@
 // The text form: every command is one statement, "name(arg, arg);" and a newline. Each item
 // tests the buffer limit once; no item is longer than the reserve above the limit.
-#include "writer.h"
+#include "gls/writer.h"
 
-#include "gls.h"
-#include "names.h"
-#include "tables.h"
+#include "gls/gls.h"
+#include "gls/capture.h"
+#include "gls/names.h"
+#include "gls/tables.h"
 
 #include <cfloat>
 #include <charconv>
@@ -207,26 +208,20 @@ static void element_double(GlsWriter *w, const void *e, GLenum)
 }
 
 // By-enum values: these parameters take GL_FALSE and GL_TRUE, those a GL enumerant.
-static bool names_boolean(GLenum pname)
+static bool listed(const GLenum *pnames, int count, GLenum pname)
 {
-    switch (pname) {
-    case 2897: case 2898: case 3312: case 3313: case 3328: case 3329: case 3344: case 3345:
-        return true;
-    default:
-        return false;
-    }
+    for (int i = 0; i < count; ++i)
+        if (pnames[i] == pname)
+            return true;
+    return false;
 }
 
-static bool names_enum(GLenum pname)
+static bool names_boolean(GLenum pname)
 {
-    switch (pname) {
-    case 2917: case 8704: case 9472: case 10240: case 10241: case 10242: case 10243:
-    case 32787: case 32882: case 33273: case 33274:
-        return true;
-    default:
-        return false;
-    }
+    return listed(gls_named_boolean_pnames, gls_named_boolean_pname_count, pname);
 }
+
+static bool names_enum(GLenum pname) { return listed(gls_named_enum_pnames, gls_named_enum_pname_count, pname); }
 
 // Writes the name a by-enum value has, if any.
 static bool put_by_enum_name(GlsWriter *w, GLenum pname, uint32_t value)

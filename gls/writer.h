@@ -2,7 +2,7 @@
 // state behind them.
 #pragma once
 
-#include "gls_context.h"
+#include "gls/gls_context.h"
 
 struct GlsWriter;
 struct GlsOutStream;
@@ -126,8 +126,6 @@ struct GlsWriter {
 enum : int {
     GLS_WRITE_BUFFER_SIZE = 16384,
     GLS_WRITE_RESERVE = 256,
-    GLS_WRITE_APPEND = 1,
-    GLS_WRITE_NO_FRAME = 2,
 };
 
 // Writer life: creation by stream type, flush, and closing (which writes glsEndGLS unless the

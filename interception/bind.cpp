@@ -1,22 +1,33 @@
 // Binding of a session's real libraries. Always from the system directory: this library bears
 // the name that the search path would find first.
-#include "library_table.h"
+#include "interception/bind.h"
 
-#include "mmaps.h"
-#include "report.h"
+#include "session/mmaps.h"
+#include "session/report.h"
 
 #include <windows.h>
+
+#include <cstdio>
+
+// The session cannot work without these: the process ends with code 1, saying why on the
+// standard error stream (the fatal report's box is kept for the debugger's own failures).
+[[noreturn]] static void missing(const char *what, const char *where)
+{
+    fprintf(stderr, "quondale: %s not found in %s\n", what, where);
+    fflush(stderr);
+    session_exit(1);
+}
 
 static HMODULE load_system_library(const char *file)
 {
     char path[MAX_PATH + 32];
     UINT length = GetSystemDirectoryA(path, MAX_PATH);
     if (length == 0 || length >= MAX_PATH)
-        session_exit(1);
+        missing(file + 1, "the system directory");
     lstrcatA(path, file);
     HMODULE module = LoadLibraryA(path);
     if (!module)
-        session_exit(1);
+        missing(path, "the system");
     return module;
 }
 
@@ -38,7 +49,7 @@ void bind_libraries(thread_record *record)
     for (int row = 0; row < GDI_CALL_COUNT; ++row) {
         table->gdi[row] = look_up(table->gdi32, names->gdi_names[row]);
         if (!table->gdi[row])
-            session_exit(1);
+            missing(names->gdi_names[row], "gdi32.dll");
     }
 
     table->opengl32 = load_system_library("\\opengl32.dll");
@@ -47,7 +58,7 @@ void bind_libraries(thread_record *record)
     for (int row = 0; row < WGL_CALL_COUNT; ++row) {
         table->wgl[row] = look_up(table->opengl32, names->wgl_names[row]);
         if (!table->wgl[row])
-            session_exit(1);
+            missing(names->wgl_names[row], "opengl32.dll");
     }
 
     table->glu32 = load_system_library("\\glu32.dll");

@@ -4,13 +4,14 @@
 
 // The Windows headers must declare the WGL functions without dllimport: this library defines them.
 #define _GDI32_
-#include "gls.h"
-#include "tables.h"
+#include "gls/gls.h"
+#include "gls/tables.h"
 
 #include <windows.h>
 
-#include "catalogue.h"
-#include "wgl.h"
+#include "gen/calls.h"
+#include "gen/wgl_calls.h"
+#include "interception/wgl.h"
 
 // The internal GDI wrappers in GDI catalogue order.
 extern const GlsFunc gdi_wrappers[GDI_CALL_COUNT];

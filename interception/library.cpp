@@ -1,7 +1,9 @@
 // The library's load notification: the codec's process-wide binding of the real opengl32.dll,
 // then the debugger's start-up; at unload the debugger's blocks, then the codec.
-#include "exports.h"
-#include "gls.h"
+#include "interception/exports.h"
+#include "gls/gls.h"
+#include "panel/panel_thread.h"
+#include "session/context.h"
 
 static BOOL library_main(HINSTANCE instance, DWORD reason, LPVOID reserved)
 {
@@ -9,6 +11,7 @@ static BOOL library_main(HINSTANCE instance, DWORD reason, LPVOID reserved)
     case DLL_PROCESS_ATTACH:
         if (!gls_process_attach())
             return FALSE;
+        panel_register();
         return session_process_attach();
     case DLL_PROCESS_DETACH:
         session_process_detach();

@@ -1,6 +1,6 @@
 // The after-call hooks that belong to the wrapper itself: the open glBegin, and the buffers
 // that control drawing restores.
-#include "hooks.h"
+#include "gen/hooks.h"
 
 void hook_glBegin(thread_record *record, GLenum mode)
 {

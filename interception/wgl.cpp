@@ -1,9 +1,9 @@
 // The special steps of the WGL and GDI wrappers; their bodies are generated from calls.tbl.
-#include "wgl.h"
+#include "interception/wgl.h"
 
-#include "gls.h"
-#include "rings.h"
-#include "run_control.h"
+#include "gls/gls.h"
+#include "session/rings.h"
+#include "session/run_control.h"
 
 #include <cstdio>
 #include <cstdint>
@@ -14,7 +14,7 @@ void history_note(const char *name)
     GlsContext *ctx = gls_current();
     if (!ctx) // the codec had no memory for the session's context
         return;
-    ((void (GLS_APIENTRY *)(const GLubyte *, const GLubyte *))ctx->defaultDispatch[GLS_OP_glsString])(
+    ((fn_glsString)ctx->defaultDispatch[OP_glsString])(
         (const GLubyte *)"Info", (const GLubyte *)name);
     glsFlush();
 }
@@ -29,7 +29,7 @@ void swap_halt_point(thread_record *record, const char *name)
 {
     per_proc *proc = record->per_proc;
     bool text_captured = false, panel_updated = false;
-    test_break_on_swap(record, GDI_ROW_SwapBuffers);
+    test_break_on_swap(record, ROW_SwapBuffers);
     for (;;) {
         bool pending = ring_pending(&proc->ring_to_app);
         if (!pending && proc->run_state != RUN_HALTED)

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "session/context.h"
-#include "library_table.h"
-#include "records.h"
+#include "session/records.h"
 
 // A history note: glsString("Info", name) through the thread's dispatch, then glsFlush.
 void history_note(const char *name);

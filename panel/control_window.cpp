@@ -1,14 +1,14 @@
 // The control window and the About box: their window functions, the end of everything, and
 // the entry points through which the application's thread updates the control window.
-#include "control_window.h"
+#include "panel/control_window.h"
 
-#include "panel.h"
-#include "panel_text.h"
-#include "resource.h"
+#include "panel/panel.h"
+#include "panel/panel_text.h"
+#include "panel/resource.h"
 
-#include "context.h"
-#include "mmaps.h"
-#include "rings.h"
+#include "session/context.h"
+#include "session/mmaps.h"
+#include "session/rings.h"
 
 #include <windows.h>
 

@@ -3,7 +3,7 @@
 // panel thread has served them. A window that doesn't exist yet is left alone.
 #pragma once
 
-#include "records.h"
+#include "session/records.h"
 
 void show_status(const char *text);
 void show_last_call();

@@ -1,9 +1,9 @@
-#include "panel_text.h"
+#include "panel/panel_text.h"
 
-#include "mmaps.h"
-#include "report.h"
-#include "resource.h"
-#include "rings.h"
+#include "session/mmaps.h"
+#include "session/report.h"
+#include "panel/resource.h"
+#include "session/rings.h"
 
 #include <cstdio>
 

@@ -1,14 +1,18 @@
 // The panel thread: it makes the session's dialogs, reads the settings, shows the control
 // window, lets the application's thread go on, and serves messages until the process ends.
-#include "panel_thread.h"
+#include "panel/panel_thread.h"
 
-#include "control_window.h"
-#include "panel.h"
-#include "panel_text.h"
-#include "resource.h"
-#include "settings.h"
+#include "panel/control_window.h"
+#include "panel/panel.h"
+#include "panel/panel_text.h"
+#include "panel/resource.h"
+#include "panel/settings.h"
 
-#include "context.h"
+#include "session/context.h"
+#include "session/panel_hooks.h"
+#include "session/report.h"
+
+#include <process.h>
 
 #include <windows.h>
 
@@ -55,7 +59,7 @@ static bool taken_by_a_dialog(const thread_record *record, MSG *message)
     return false;
 }
 
-unsigned __stdcall panel_thread(void *argument)
+static unsigned __stdcall panel_thread(void *argument)
 {
     thread_record *record = (thread_record *)argument;
     TlsSetValue(session_tls, record);
@@ -80,4 +84,25 @@ unsigned __stdcall panel_thread(void *argument)
         DispatchMessageA(&message);
     }
     return 0;
+}
+
+static void start_panel_thread(thread_record *record)
+{
+    // The C runtime's thread start, so that the runtime is set up for the panel thread.
+    uintptr_t thread = _beginthreadex(nullptr, 0, panel_thread, record, 0, nullptr);
+    if (thread == 0) {
+        fatal_report("context", __LINE__, "Could not start the panel.");
+        session_exit(1);
+    }
+    CloseHandle((HANDLE)thread);
+}
+
+void panel_register()
+{
+    panel.start = start_panel_thread;
+    panel.show_status = show_status;
+    panel.show_last_call = show_last_call;
+    panel.show_thread_and_context = show_thread_and_context;
+    panel.update_all = panel_update_all;
+    panel.history_changed = panel_history_changed;
 }

@@ -1,5 +1,5 @@
 // The panel thread of a session: it owns the session's windows and serves their messages.
 #pragma once
 
-// Thread function, started by the session with its thread_record as the argument.
-unsigned __stdcall panel_thread(void *argument);
+// Fills the session's table of panel hooks with this panel; called at process attach.
+void panel_register();

@@ -1,4 +1,4 @@
-#include "settings.h"
+#include "panel/settings.h"
 
 void load_start_settings(thread_record *)
 {

@@ -1,14 +1,10 @@
-#include "history.h"
+#include "recording/history.h"
 
-#include "catalogue.h"
-#include "gls.h"
-#include "library_table.h"
-#include "line_format.h"
-#include "report.h"
-#include "tables.h"
-#include "wrapper.h"
-
-#include <windows.h>
+#include "gen/calls.h"
+#include "gls/gls.h"
+#include "recording/line_format.h"
+#include "session/report.h"
+#include "gls/tables.h"
 
 #include <cstdio>
 
@@ -33,21 +29,6 @@ static size_t last_call_write(size_t count, const void *bytes)
     return count;
 }
 
-void recording_setup(thread_record *record)
-{
-    library_table *libraries = record->library_table;
-    libraries->gls_context = (int32_t)glsGenContext();
-    glsContext((GLuint)libraries->gls_context);
-    glsDataPointer(record);
-    // Of two rows on one opcode the later one stays installed.
-    // Of two rows on one opcode the later one stays installed. The codec would refuse the
-    // unnamed opcodes of vendor rows; asking would only leave an error word behind.
-    for (const CallRowOpcode &entry : wrapper_of_opcode_rows)
-        if (gls_opcode_exists(entry.opcode))
-            glsCommandFunc(GLS_CAPTURE_FUNC, entry.opcode, debug_wrappers[entry.row]);
-    apply_trace_set(record);
-}
-
 void history_open(thread_record *record, bool truncate)
 {
     per_gl *gl = record->per_gl;
@@ -56,7 +37,7 @@ void history_open(thread_record *record, bool truncate)
     gl->history_file = fopen(name, truncate ? "w" : "a+");
     if (!gl->history_file) {
         fatal_report("gls", __LINE__, "Could not open %s.", name);
-        ExitProcess(1);
+        session_exit(1);
     }
     // A stream keeps the write function it began with: the long-lived capture stays bound to
     // the file, and every per-call capture begun later writes to last_call_text.

@@ -2,10 +2,8 @@
 // session's codec context, and the per-call capture that gives the text of the next call.
 #pragma once
 
-#include "records.h"
+#include "session/records.h"
 
-// Makes the session's codec context and installs the debug wrappers and the trace set.
-void recording_setup(thread_record *record);
 // Capture flags from the trace set: 3 for a traced function, else 1; glsDrawVertexArray always 3.
 void apply_trace_set(thread_record *record);
 // Opens the current per_gl's file ("w" to truncate, else "a+") and begins the long-lived capture.

@@ -1,4 +1,4 @@
-#include "line_format.h"
+#include "recording/line_format.h"
 
 #include <cstring>
 

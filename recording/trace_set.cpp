@@ -1,10 +1,10 @@
 // The trace set reaches the codec as capture flags: a traced function is executed and written,
 // any other only executed; the vertex-array data command is always written.
-#include "history.h"
+#include "recording/history.h"
 
-#include "catalogue.h"
-#include "gls.h"
-#include "tables.h"
+#include "gen/calls.h"
+#include "gls/gls.h"
+#include "gls/tables.h"
 
 void apply_trace_set(thread_record *record)
 {
@@ -13,6 +13,7 @@ void apply_trace_set(thread_record *record)
     // command, and asking would only leave an error word behind.
     for (int row = 0; row < GL_CALL_COUNT; ++row)
         if (gls_opcode_exists(opcode_of_call[row]))
-            glsCaptureFlags(opcode_of_call[row], control[row].trace == 1 ? 3 : 1);
-    glsCaptureFlags(GLS_OP_glsDrawVertexArray, 3);
+            glsCaptureFlags(opcode_of_call[row], control[row].trace == 1 ? GLS_CAPTURE_EXECUTE_BIT | GLS_CAPTURE_WRITE_BIT
+                                                                            : GLS_CAPTURE_EXECUTE_BIT);
+    glsCaptureFlags(OP_glsDrawVertexArray, GLS_CAPTURE_EXECUTE_BIT | GLS_CAPTURE_WRITE_BIT);
 }

@@ -1,17 +1,17 @@
 // Thread entry, session start, context attach and the end of a session. Everything here runs on
 // the session's application thread, before or outside any panel work on the same records.
-#include "context.h"
+#include "session/context.h"
 
-#include "gls.h"
-#include "history.h"
-#include "library_table.h"
-#include "mmaps.h"
-#include "panel_thread.h"
-#include "report.h"
-#include "rings.h"
-#include "tables.h"
+#include "gls/gls.h"
+#include "recording/history.h"
+#include "interception/bind.h"
+#include "interception/install.h"
+#include "session/mmaps.h"
+#include "session/panel_hooks.h"
+#include "session/report.h"
+#include "session/rings.h"
+#include "gls/tables.h"
 
-#include <process.h>
 #include <windows.h>
 
 #include <cstdio>
@@ -87,13 +87,7 @@ static void attach_master(thread_record *record, uint32_t id)
 
 static void start_panel(thread_record *record)
 {
-    // The C runtime's thread start, so that the runtime is set up for the panel thread.
-    uintptr_t thread = _beginthreadex(nullptr, 0, panel_thread, record, 0, nullptr);
-    if (thread == 0) {
-        fatal_report("context", __LINE__, "Could not start the panel.");
-        session_exit(1);
-    }
-    CloseHandle((HANDLE)thread);
+    panel.start(record);
     // The panel reads its settings before it lets the first call go on.
     while (record->panel_ready != 1) {
     }
@@ -135,7 +129,7 @@ __attribute__((noinline)) static thread_record *start_session(thread_record *rec
     attach_master(record, id);
     bind_libraries(record);
     attach_per_proc(record, id);
-    recording_setup(record);
+    install_codec(record);
     attach_gl(record, 0);
     return record;
 }
@@ -144,7 +138,7 @@ __attribute__((noinline)) static thread_record *start_session(thread_record *rec
 // The history file stays as it was and is opened again on the new codec context.
 __attribute__((noinline)) static void reinstall_codec(thread_record *record)
 {
-    recording_setup(record);
+    install_codec(record);
     per_gl *gl = record->per_gl;
     if (gl && gl->history_file) {
         fclose(gl->history_file);

@@ -1,30 +1,12 @@
-#include "control_draw.h"
+#include "session/control_draw.h"
 
-#include "gls.h"
-#include "library_table.h"
-#include "tables.h"
+#include "gls/gls.h"
+#include "gls/tables.h"
+#include "gen/gl_enums.h"
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-
-enum : GLenum {
-    GL_FRONT_BUFFER = 1028,
-    GL_DRAW_BUFFER_PNAME = 3073,
-    GL_READ_BUFFER_PNAME = 3074,
-};
-
-enum : int {
-    OP_glDrawBuffer = 180,
-    OP_glReadBuffer = 228,
-    OP_glGetError = 235,
-    OP_glGetIntegerv = 237,
-};
-
-typedef void(GLS_APIENTRY *BufferFunc)(GLenum);
-typedef void(GLS_APIENTRY *GetIntegervFunc)(GLenum, GLint *);
-typedef GLenum(GLS_APIENTRY *GetErrorFunc)(void);
-typedef const GLubyte *(GLS_APIENTRY *ErrorStringFunc)(GLenum);
 
 // The debugger's own GL calls go through the capture functions with execute-only flags, so
 // they run inside the direct-call guard and write nothing.
@@ -42,17 +24,17 @@ void apply_control_draw(thread_record *record)
     // The request waits for a call outside glBegin/glEnd, and for a context.
     if (record->per_gl->in_begin_end != 0 || record->per_gl->handle == 0)
         return;
-    BufferFunc draw_buffer = (BufferFunc)own_call(OP_glDrawBuffer);
-    BufferFunc read_buffer = (BufferFunc)own_call(OP_glReadBuffer);
+    fn_glDrawBuffer draw_buffer = (fn_glDrawBuffer)own_call(OP_glDrawBuffer);
+    fn_glReadBuffer read_buffer = (fn_glReadBuffer)own_call(OP_glReadBuffer);
     if (proc->control_draw_request == 1) {
         draw_buffer((GLenum)proc->saved_draw_buffer);
         read_buffer((GLenum)proc->saved_read_buffer);
     } else {
-        GetIntegervFunc get_integerv = (GetIntegervFunc)own_call(OP_glGetIntegerv);
-        get_integerv(GL_DRAW_BUFFER_PNAME, &proc->saved_draw_buffer);
-        get_integerv(GL_READ_BUFFER_PNAME, &proc->saved_read_buffer);
-        draw_buffer(GL_FRONT_BUFFER);
-        read_buffer(GL_FRONT_BUFFER);
+        fn_glGetIntegerv get_integerv = (fn_glGetIntegerv)own_call(OP_glGetIntegerv);
+        get_integerv(GL_DRAW_BUFFER, &proc->saved_draw_buffer);
+        get_integerv(GL_READ_BUFFER, &proc->saved_read_buffer);
+        draw_buffer(GL_FRONT);
+        read_buffer(GL_FRONT);
     }
     proc->control_draw_state = proc->control_draw_request;
     proc->control_draw_request = 0;
@@ -81,11 +63,11 @@ void check_gl_error(thread_record *record)
     per_gl *gl = record->per_gl;
     if (gl->in_begin_end != 0 || gl->handle == 0)
         return;
-    GetErrorFunc get_error = (GetErrorFunc)own_call(OP_glGetError);
+    fn_glGetError get_error = (fn_glGetError)own_call(OP_glGetError);
     GLenum error = get_error();
     if (error == 0)
         return;
-    ErrorStringFunc error_string = (ErrorStringFunc)record->library_table->glu[GLU_ROW_gluErrorString];
+    fn_gluErrorString error_string = (fn_gluErrorString)record->library_table->glu[ROW_gluErrorString];
     append_pending_message(record, "\nGL Error: %s.", (const char *)error_string(error));
     // Only the first error is named; the rest are drained.
     while (get_error() != 0) {

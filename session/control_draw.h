@@ -2,7 +2,7 @@
 // application's thread so that they leave no trace in the recording.
 #pragma once
 
-#include "records.h"
+#include "session/records.h"
 
 void apply_control_draw(thread_record *record);
 void check_no_context(thread_record *record);

@@ -3,7 +3,7 @@
 // live until process detach; nothing frees one earlier.
 #pragma once
 
-#include "records.h"
+#include "session/records.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 // Start values of the session records. Blocks come from the heap unzeroed, so every field that
 // has a start value is written here, field by field in layout order.
-#include "records.h"
+#include "session/records.h"
 
 #include <cstdio>
 #include <cstring>
@@ -101,7 +101,7 @@ void fill_per_proc(per_proc *block, uint32_t id)
     }
     // A break on glFlush is in the set from the start: checking "Break on API calls" alone
     // then stops at each frame's flush.
-    block->call_control[GL_ROW_glFlush].break_on = 1;
+    block->call_control[ROW_glFlush].break_on = 1;
     for (int row = 0; row < GLU_CALL_COUNT; ++row)
         block->glu_call_count[row] = 0;
     for (int row = 0; row < GDI_CALL_COUNT; ++row)

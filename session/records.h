@@ -3,7 +3,7 @@
 // hooks reach fields by name, but the counters behind wgl_call_count rely on adjacency.
 #pragma once
 
-#include "catalogue.h"
+#include "gen/calls.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +16,6 @@ struct HINSTANCE__;
 typedef HWND__ *WindowHandle;
 typedef HINSTANCE__ *ModuleHandle;
 
-struct library_table;
 
 enum : int {
     NAME_SIZE = 260,
@@ -242,6 +241,21 @@ struct per_gl {
     int32_t color_bits[4];
     int32_t stencil_bits;
     int32_t depth_bits;
+};
+
+// The real libraries of one session: gdi32, opengl32 and glu32 of the system directory, with
+// their functions in catalogue order. The WGL, GDI and GLU wrappers call through it.
+struct library_table {
+    int32_t gls_context;         // the session's codec context; -1 for none
+    int32_t current_gls_context; // the thread's current codec context at the last thread entry
+    ModuleHandle gdi32;
+    ModuleHandle opengl32;
+    ModuleHandle glu32;
+    GlsFunc gl[GL_CALL_COUNT];   // a row may be null
+    GlsFunc glu[GLU_CALL_COUNT]; // a row may be null
+    GlsFunc gdi[GDI_CALL_COUNT];
+    GlsFunc wgl[WGL_CALL_COUNT];
+    int32_t call_depth;          // nesting of GLU calls, and the indent of history lines
 };
 
 // Start values of each record, as session start and context attach set them.

@@ -1,11 +1,10 @@
-#include "run_control.h"
+#include "session/run_control.h"
 
-#include "control_draw.h"
-#include "gls.h"
-#include "history.h"
-#include "library_table.h"
-#include "rings.h"
-#include "state_scan.h"
+#include "session/control_draw.h"
+#include "gls/gls.h"
+#include "recording/history.h"
+#include "session/rings.h"
+#include "state/state_scan.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -34,10 +33,10 @@ void test_break(thread_record *record, int row)
 void test_break_on_swap(thread_record *record, int gdi_row)
 {
     per_proc *proc = record->per_proc;
-    if (gdi_row == GDI_ROW_SwapBuffers && proc->Break_on_SwapBuffers == 1 &&
+    if (gdi_row == ROW_SwapBuffers && proc->Break_on_SwapBuffers == 1 &&
         proc->run_state == RUN_RUNNING) {
         proc->run_state = RUN_HALTED;
-        set_status(record, "Halted (Break on %s)", record->master->gdi_names[GDI_ROW_SwapBuffers]);
+        set_status(record, "Halted (Break on %s)", record->master->gdi_names[ROW_SwapBuffers]);
     }
 }
 

@@ -2,7 +2,7 @@
 // leaves it out; the reaction to the panel's events; the work on the way into a halt.
 #pragma once
 
-#include "records.h"
+#include "session/records.h"
 
 enum : int {
     EVENT_RESULT_GO_ON = 1,

@@ -1,6 +1,6 @@
 // The scan of GL state at a halt, into the current per_gl.
 #pragma once
 
-#include "records.h"
+#include "session/records.h"
 
 void state_scan(thread_record *record);

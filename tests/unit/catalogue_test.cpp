@@ -1,9 +1,9 @@
 // The call catalogue and the per-opcode tables generated from the table of signatures.
 #include <gtest/gtest.h>
 
-#include "catalogue.h"
-#include "gls.h"
-#include "tables.h"
+#include "gen/calls.h"
+#include "gls/gls.h"
+#include "gls/tables.h"
 
 #include <algorithm>
 #include <cstring>
@@ -59,20 +59,20 @@ TEST(Catalogue, ListsAreSortedWithoutCaseAndFitTheirRows)
 TEST(Catalogue, FixedRowsStandWhereOtherCodeExpectsThem)
 {
     const std::pair<const char *, int> rows[] = {
-        {"glBegin", GL_ROW_glBegin},         {"glEnd", GL_ROW_glEnd},
-        {"glEndList", GL_ROW_glEndList},     {"glFlush", GL_ROW_glFlush},
-        {"glGetString", GL_ROW_glGetString}, {"glNewList", GL_ROW_glNewList},
-        {"glViewport", GL_ROW_glViewport},
+        {"glBegin", ROW_glBegin},         {"glEnd", ROW_glEnd},
+        {"glEndList", ROW_glEndList},     {"glFlush", ROW_glFlush},
+        {"glGetString", ROW_glGetString}, {"glNewList", ROW_glNewList},
+        {"glViewport", ROW_glViewport},
     };
     for (auto [name, row] : rows)
         EXPECT_STREQ(gl_call_names[row], name);
     EXPECT_STREQ(gl_call_names[0], "glAccum");
-    EXPECT_STREQ(gdi_call_names[GDI_ROW_SwapBuffers], "SwapBuffers");
+    EXPECT_STREQ(gdi_call_names[ROW_SwapBuffers], "SwapBuffers");
     EXPECT_STREQ(gdi_call_names[0], "ChoosePixelFormat");
     EXPECT_STREQ(wgl_call_names[0], "wglChoosePixelFormat");
     EXPECT_STREQ(wgl_call_names[15], "wglMakeCurrent");
     EXPECT_STREQ(wgl_call_names[23], "wglUseFontOutlinesW");
-    EXPECT_STREQ(glu_call_names[GLU_ROW_gluErrorString], "gluErrorString");
+    EXPECT_STREQ(glu_call_names[ROW_gluErrorString], "gluErrorString");
     EXPECT_STREQ(glu_call_names[56], "gluTessVertex");
     EXPECT_TRUE(vendor_suffixed(glu_call_names[57])) << glu_call_names[57];
     EXPECT_STREQ(glu_call_names[58], "gluUnProject");
@@ -81,8 +81,8 @@ TEST(Catalogue, FixedRowsStandWhereOtherCodeExpectsThem)
 TEST(Catalogue, VendorRowsFillTheGapsBetweenFixedRows)
 {
     // 112 vendor rows, spread 2, 14, 0, 1, 34, 26, 35 between the fixed rows and none after.
-    const int bounds[] = {0, GL_ROW_glBegin, GL_ROW_glEnd, GL_ROW_glEndList, GL_ROW_glFlush,
-                          GL_ROW_glGetString, GL_ROW_glNewList, GL_ROW_glViewport};
+    const int bounds[] = {0, ROW_glBegin, ROW_glEnd, ROW_glEndList, ROW_glFlush,
+                          ROW_glGetString, ROW_glNewList, ROW_glViewport};
     const int expected[] = {2, 14, 0, 1, 34, 26, 35};
     int total = 0;
     for (int gap = 0; gap < 7; ++gap) {
@@ -193,7 +193,7 @@ char fake_wrappers[GL_CALL_COUNT];
 
 TEST(WrapperOfOpcode, LaterRowOnAnOpcodeWins)
 {
-    EXPECT_EQ(wrapper_of_opcode_rows[0].row, GL_ROW_glGetString);
+    EXPECT_EQ(wrapper_of_opcode_rows[0].row, ROW_glGetString);
     for (int i = 0; i < GL_CALL_COUNT; ++i)
         EXPECT_EQ(wrapper_of_opcode_rows[i].opcode, opcode_of_call[wrapper_of_opcode_rows[i].row]);
 
@@ -213,7 +213,7 @@ TEST(WrapperOfOpcode, LaterRowOnAnOpcodeWins)
     EXPECT_NE(ctx->captureFuncs[328], (GlsFunc)(void *)&fake_wrappers[core]);
     int color_table_sgi = row_of(gl_call_names, GL_CALL_COUNT, "glColorTableSGI");
     EXPECT_EQ(ctx->captureFuncs[359], (GlsFunc)(void *)&fake_wrappers[color_table_sgi]);
-    EXPECT_EQ(ctx->captureFuncs[249], (GlsFunc)(void *)&fake_wrappers[GL_ROW_glGetString]);
+    EXPECT_EQ(ctx->captureFuncs[249], (GlsFunc)(void *)&fake_wrappers[ROW_glGetString]);
     glsDeleteContext(id);
     glsContext(0);
     EXPECT_EQ(glsGetError(), GLS_NONE);

@@ -1,12 +1,12 @@
 // The stream codec's writing side: the text form of every kind of argument, capture flags and
 // callbacks, writers and streams, and the name tables.
-#include "dispatch_calls.h"
-#include "gls.h"
-#include "names.h"
-#include "writer.h"
-#include "containers.h"
-#include "capture.h"
-#include "streams.h"
+#include "gen/dispatch_calls.h"
+#include "gls/gls.h"
+#include "gls/names.h"
+#include "gls/writer.h"
+#include "gls/containers.h"
+#include "gls/capture.h"
+#include "gls/streams.h"
 
 #include <gtest/gtest.h>
 
@@ -520,7 +520,7 @@ TEST_F(Execute, ClientCommandsKeepTheShadow)
 
 TEST_F(Codec, NestingStopsAtSixteen)
 {
-    for (int i = 0; i < GLS_MAX_CAPTURE_NESTING; ++i)
+    for (int i = 0; i < GLS_CAPTURE_NESTING_LIMIT; ++i)
         ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, GLS_WRITE_NO_FRAME));
     GlsWriter *top = ctx->currentWriter;
     EXPECT_FALSE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, GLS_WRITE_NO_FRAME));
@@ -528,7 +528,7 @@ TEST_F(Codec, NestingStopsAtSixteen)
     EXPECT_EQ(ctx->captureNesting, 16);
     EXPECT_EQ(ctx->currentWriter, top);
     dispatch_glEnd();
-    for (int i = 0; i < GLS_MAX_CAPTURE_NESTING; ++i)
+    for (int i = 0; i < GLS_CAPTURE_NESTING_LIMIT; ++i)
         glsEndCapture();
     EXPECT_EQ(written, "glEnd();\n");  // the innermost writer only
     glsEndCapture();
@@ -624,7 +624,7 @@ void parse_commands(const uint8_t *p, size_t length, Commands *commands)
                 return; // an end record
         }
         ASSERT_GE(size, header);
-        if (opcode != GLS_OP_glsPad)
+        if (opcode != OP_glsPad)
             commands->push_back({opcode, std::string((const char *)p + header, size - header)});
         p += size;
     }
@@ -726,7 +726,7 @@ TEST_F(Codec, ContextStreamBlockEndsOnAnEightByteBoundary)
     // The first block, of 24 bytes, has no room: the command went to a block of its own.
     GlsBlock *block = ((GlsContextStream *)value)->blocks->listPrev;
     ASSERT_EQ(block->writePos - block->base, 4 + 4 + 20);
-    const uint16_t expected[14] = {74, 4, GLS_OP_glsPad, 4};
+    const uint16_t expected[14] = {74, 4, OP_glsPad, 4};
     EXPECT_EQ(memcmp(block->base, expected, sizeof expected), 0);
 }
 
@@ -742,7 +742,7 @@ TEST_F(Codec, DoublesAreAlignedInTheBinaryForm)
     const uint8_t *bytes = (const uint8_t *)written.data();
     auto header = [&](size_t at) { uint16_t h[2]; memcpy(h, bytes + at, 4); return std::make_pair(h[0], h[1]); };
     auto number = [&](size_t at) { double d; memcpy(&d, bytes + at, 8); return d; };
-    EXPECT_EQ(header(0), std::make_pair((uint16_t)GLS_OP_glsPad, (uint16_t)4));
+    EXPECT_EQ(header(0), std::make_pair((uint16_t)OP_glsPad, (uint16_t)4));
     EXPECT_EQ(header(4), std::make_pair((uint16_t)58, (uint16_t)28));
     EXPECT_EQ(header(32), std::make_pair((uint16_t)74, (uint16_t)4));
     EXPECT_EQ(header(36), std::make_pair((uint16_t)74, (uint16_t)8));

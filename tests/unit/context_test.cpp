@@ -2,9 +2,9 @@
 // tables that route a call to the real library or to the capture path.
 #include <gtest/gtest.h>
 
-#include "commands.h"
-#include "gls.h"
-#include "tables.h"
+#include "gen/commands.h"
+#include "gls/gls.h"
+#include "gls/tables.h"
 
 #include <thread>
 

@@ -50,7 +50,7 @@ with tempfile.TemporaryDirectory() as out:
     check('const GLubyte packed[3] = {red, green, blue};\n    glColor3ubv(packed);' in exports, 'glColor3ub folding')
     check('glRectfv(packed, packed + 2);' in exports, 'glRect folding')
     check(re.search(r'entry_glBindTexture\(target, texture\)', exports) is not None, 'alias entry')
-    check('table[181])(mask)' in exports, 'glClear dispatches on its opcode')
+    check('((fn_glClear)table[OP_glClear])(mask)' in exports, 'glClear dispatches on its opcode')
     check('glBindTextureEXT' not in exports, 'EXT row exported')
 
 # A table out of catalogue order, or with a bad line, stops generation and names the line.

@@ -2,7 +2,7 @@
 // the text of the next call.
 #include <gtest/gtest.h>
 
-#include "line_format.h"
+#include "recording/line_format.h"
 
 #include <cstdio>
 #include <cstdlib>

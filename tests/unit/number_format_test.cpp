@@ -2,7 +2,7 @@
 // the writer formats without printf, and must give the very same text.
 #include <gtest/gtest.h>
 
-#include "writer.h"
+#include "gls/writer.h"
 
 #include <cmath>
 #include <cstdio>

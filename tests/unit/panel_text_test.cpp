@@ -1,9 +1,9 @@
 // The control window's texts and commands, as plain functions of the records.
-#include "panel_text.h"
+#include "panel/panel_text.h"
 
-#include "mmaps.h"
-#include "resource.h"
-#include "rings.h"
+#include "session/mmaps.h"
+#include "panel/resource.h"
+#include "session/rings.h"
 
 #include <gtest/gtest.h>
 

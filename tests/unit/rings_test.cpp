@@ -1,8 +1,8 @@
 // The event rings between the panel and the application's thread.
 #include <gtest/gtest.h>
 
-#include "panel.h"
-#include "rings.h"
+#include "session/panel_hooks.h"
+#include "session/rings.h"
 
 #include <memory>
 #include <string>
@@ -12,15 +12,16 @@ namespace {
 // The panel's side of direct delivery, as the application's thread reaches it.
 std::string delivered;
 
-} // namespace
-
 void show_status(const char *text) { delivered += std::string("status:") + text + ";"; }
 void show_last_call() { delivered += "last_call;"; }
 void show_thread_and_context() { delivered += "banners;"; }
-void panel_update_all() { delivered += "refresh_all;"; }
-void panel_history_changed() { delivered += "history;"; }
+void update_all() { delivered += "refresh_all;"; }
+void history_changed() { delivered += "history;"; }
 
-namespace {
+// The panel registers its entries as the real one does at process attach.
+const bool registered = (panel = {nullptr, show_status, show_last_call, show_thread_and_context, update_all,
+                                  history_changed},
+                         true);
 
 std::unique_ptr<ring> empty_ring()
 {

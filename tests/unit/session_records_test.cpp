@@ -1,8 +1,8 @@
 // Start values of the session records. Blocks come unzeroed from the heap, so each test fills a
 // block over garbage: a field the filling forgets shows up as the garbage pattern.
-#include "records.h"
+#include "session/records.h"
 
-#include "mmaps.h"
+#include "session/mmaps.h"
 
 #include <gtest/gtest.h>
 
@@ -35,7 +35,7 @@ TEST(PerProcStart, HaltedWithEverythingTracedAndABreakOnlyOnFlush)
     for (int row = 0; row < GL_CALL_COUNT; ++row) {
         const call_control_row &control = proc->call_control[row];
         ASSERT_EQ(control.count, 0) << row;
-        ASSERT_EQ(control.break_on, row == GL_ROW_glFlush ? 1 : 0) << row;
+        ASSERT_EQ(control.break_on, row == ROW_glFlush ? 1 : 0) << row;
         ASSERT_EQ(control.trace, 1) << row;
         ASSERT_EQ(control.skip, 0) << row;
     }

@@ -1,7 +1,7 @@
 // The codec's process start-up runs once, as the library's load notification does.
 #include <gtest/gtest.h>
 
-#include "gls.h"
+#include "gls/gls.h"
 
 int main(int argc, char **argv)
 {

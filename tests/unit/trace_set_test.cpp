@@ -1,10 +1,10 @@
 // The trace set as the codec sees it: capture flags per opcode.
 #include <gtest/gtest.h>
 
-#include "catalogue.h"
-#include "gls.h"
-#include "history.h"
-#include "records.h"
+#include "gen/calls.h"
+#include "gls/gls.h"
+#include "recording/history.h"
+#include "session/records.h"
 
 #include <cstring>
 #include <memory>
@@ -57,7 +57,7 @@ TEST(TraceSet, VertexArrayDataIsWrittenEvenWithNothingTraced)
     for (int row = 0; row < GL_CALL_COUNT; ++row)
         session.proc->call_control[row].trace = 0;
     apply_trace_set(&session.record);
-    EXPECT_EQ(glsGetCaptureFlags(GLS_OP_glsDrawVertexArray), 3u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glsDrawVertexArray), 3u);
     EXPECT_EQ(glsGetCaptureFlags(320), 1u); // glDrawArrays
 }
 
