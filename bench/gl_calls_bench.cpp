@@ -17,8 +17,6 @@
 enum : int {
     FRAMES = 100,
     TRIANGLES_PER_FRAME = 1200, // 3 vertices of colour, normal, vertex: 10,802 calls a frame
-    CONTROL_CONTINUE = 109,
-    CONTROL_HISTORY = 116,
 };
 
 static HWND make_window()
@@ -50,13 +48,12 @@ static int choose_format(HDC dc)
 static bool history_wanted;
 
 // Runs tools/panel_press beside this program: it waits for the halt and clicks one button.
-static void press(int button)
+static void press(const char *button)
 {
     char exe[MAX_PATH];
     GetModuleFileNameA(nullptr, exe, MAX_PATH);
     std::string command = exe;
-    command = "\"" + command.substr(0, command.find_last_of('\\') + 1) + "panel_press.exe\" " +
-              std::to_string(button) + " 60";
+    command = "\"" + command.substr(0, command.find_last_of('\\') + 1) + "panel_press.exe\" " + button + " 60";
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
@@ -75,8 +72,8 @@ static void press(int button)
 static DWORD WINAPI press_continue(void *)
 {
     if (!history_wanted)
-        press(CONTROL_HISTORY);
-    press(CONTROL_CONTINUE);
+        press("history");
+    press("continue");
     return 0;
 }
 

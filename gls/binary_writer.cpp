@@ -2,6 +2,7 @@
 // context stream (plain, in memory). beginCommand makes room for the whole command, so the
 // items that follow write without a test.
 #include "gls/writer.h"
+#include "gen/gl_enums.h"
 
 #include "gls/gls.h"
 #include "gls/streams.h"
@@ -170,11 +171,11 @@ static void put_bitmap(GlsWriter *w, GLboolean lsbFirst, GLuint firstBit, GLuint
 template <bool Swap>
 static void put_vertex_data(GlsWriter *w, GLenum format, GLuint size, const GLvoid *data)
 {
-    if (!data || size == 0 || format < 10784 || format > 10797)
+    if (!data || size == 0 || format < GL_V2F || format > GL_T4F_C4F_N3F_V4F)
         return;
-    int before = format == 10793 ? 2 : 0, after = format == 10786 ? 2 : 3;
-    int stride = format == 10786 ? 12 : format == 10787 ? 16 : 24;
-    if (format != 10786 && format != 10787 && format != 10793) {
+    int before = format == GL_T2F_C4UB_V3F ? 2 : 0, after = format == GL_C4UB_V2F ? 2 : 3;
+    int stride = format == GL_C4UB_V2F ? 12 : format == GL_C4UB_V3F ? 16 : 24;
+    if (format != GL_C4UB_V2F && format != GL_C4UB_V3F && format != GL_T2F_C4UB_V3F) {
         put_vector<Swap, GLfloat>(w, size / 4, data);
         return;
     }

@@ -3,6 +3,7 @@
 #include "gls/capture.h"
 
 #include "gen/commands.h"
+#include "gen/gl_enums.h"
 #include "gls/gls.h"
 #include "gls/tables.h"
 #include "gls/writer.h"
@@ -36,10 +37,10 @@ GLuint gls_string_field_size(const GlsContext *ctx, const GLubyte *string)
 static GLuint list_element_size(GLenum type)
 {
     switch (type) {
-    case 0x1400: case 0x1401: return 1;          // GL_BYTE, GL_UNSIGNED_BYTE
-    case 0x1402: case 0x1403: case 0x1407: return 2; // GL_SHORT, GL_UNSIGNED_SHORT, GL_2_BYTES
-    case 0x1408: return 3;                       // GL_3_BYTES
-    case 0x1404: case 0x1405: case 0x1406: case 0x1409: return 4; // INT, UNSIGNED_INT, FLOAT, 4_BYTES
+    case GL_BYTE: case GL_UNSIGNED_BYTE: return 1;
+    case GL_SHORT: case GL_UNSIGNED_SHORT: case GL_2_BYTES: return 2;
+    case GL_3_BYTES: return 3;
+    case GL_INT: case GL_UNSIGNED_INT: case GL_FLOAT: case GL_4_BYTES: return 4;
     default: return 0;
     }
 }
@@ -53,19 +54,19 @@ void gls_put_call_lists(GlsWriter *w, GLenum type, GLsizei n, const void *lists)
 {
     GLuint count = n > 0 && list_element_size(type) ? (GLuint)n : 0;
     switch (type) {
-    case 0x1400: w->putGLbyteVector(w, count, lists); break;
-    case 0x1402: w->putGLshortVector(w, count, lists); break;
-    case 0x1403: w->putGLushortVector(w, count, lists); break;
-    case 0x1404: w->putGLintVector(w, count, lists); break;
-    case 0x1405: w->putGLuintVector(w, count, lists); break;
-    case 0x1406: w->putGLfloatVector(w, count, lists); break;
+    case GL_BYTE: w->putGLbyteVector(w, count, lists); break;
+    case GL_SHORT: w->putGLshortVector(w, count, lists); break;
+    case GL_UNSIGNED_SHORT: w->putGLushortVector(w, count, lists); break;
+    case GL_INT: w->putGLintVector(w, count, lists); break;
+    case GL_UNSIGNED_INT: w->putGLuintVector(w, count, lists); break;
+    case GL_FLOAT: w->putGLfloatVector(w, count, lists); break;
     default: w->putGLubyteVector(w, count * list_element_size(type), lists); break;
     }
 }
 
 static GLuint index_size(GLenum type)
 {
-    return type == 0x1401 ? 1 : type == 0x1403 ? 2 : type == 0x1405 ? 4 : 0;
+    return type == GL_UNSIGNED_BYTE ? 1 : type == GL_UNSIGNED_SHORT ? 2 : type == GL_UNSIGNED_INT ? 4 : 0;
 }
 
 GLuint gls_draw_elements_bytes(GLenum type, GLsizei count)
@@ -90,12 +91,13 @@ void gls_put_draw_elements(GlsWriter *w, GLenum type, GLsizei count, const void 
 // Values per control point of a map target, 0 for a target that is none.
 static GLint map_values(GLenum target)
 {
-    GLenum base = target >= 0x0DB0 ? target - 32 : target; // MAP2 targets lie 32 above MAP1
+    // The MAP2 targets lie as far above GL_MAP2_COLOR_4 as the MAP1 targets above GL_MAP1_COLOR_4.
+    GLenum base = target >= GL_MAP2_COLOR_4 ? target - (GL_MAP2_COLOR_4 - GL_MAP1_COLOR_4) : target;
     switch (base) {
-    case 0x0D90: case 0x0D96: case 0x0D98: return 4; // COLOR_4, TEXTURE_COORD_4, VERTEX_4
-    case 0x0D91: case 0x0D93: return 1;              // INDEX, TEXTURE_COORD_1
-    case 0x0D92: case 0x0D95: case 0x0D97: return 3; // NORMAL, TEXTURE_COORD_3, VERTEX_3
-    case 0x0D94: return 2;                           // TEXTURE_COORD_2
+    case GL_MAP1_COLOR_4: case GL_MAP1_TEXTURE_COORD_4: case GL_MAP1_VERTEX_4: return 4;
+    case GL_MAP1_INDEX: case GL_MAP1_TEXTURE_COORD_1: return 1;
+    case GL_MAP1_NORMAL: case GL_MAP1_TEXTURE_COORD_3: case GL_MAP1_VERTEX_3: return 3;
+    case GL_MAP1_TEXTURE_COORD_2: return 2;
     default: return 0;
     }
 }
@@ -105,7 +107,7 @@ static GLuint positive(GLint value) { return value > 0 ? (GLuint)value : 0; }
 GlsMapLayout gls_map1_layout(GLenum target, GLint stride, GLint order)
 {
     GlsMapLayout map = {};
-    GLint k = target >= 0x0D90 && target <= 0x0D98 ? map_values(target) : 0;
+    GLint k = target >= GL_MAP1_COLOR_4 && target <= GL_MAP1_VERTEX_4 ? map_values(target) : 0;
     if (k && stride >= k) {
         map.k = k;
         map.rowGap = (GLuint)(stride - k);
@@ -122,7 +124,7 @@ GlsMapLayout gls_map1_layout(GLenum target, GLint stride, GLint order)
 GlsMapLayout gls_map2_layout(GLenum target, GLint ustride, GLint uorder, GLint vstride, GLint vorder)
 {
     GlsMapLayout map = {};
-    GLint k = target >= 0x0DB0 && target <= 0x0DB8 ? map_values(target) : 0;
+    GLint k = target >= GL_MAP2_COLOR_4 && target <= GL_MAP2_VERTEX_4 ? map_values(target) : 0;
     GLuint us = positive(uorder), vs = positive(vorder);
     map.ustride = ustride;
     map.vstride = vstride;
@@ -166,15 +168,23 @@ void gls_put_map_points(GlsWriter *w, const GlsMapLayout *map, int valueSize, co
     }
 }
 
-// Stride of a row of the interleaved formats GL_V2F (10784) to GL_T4F_C4F_N3F_V4F (10797).
+// Stride of a row of the interleaved formats GL_V2F to GL_T4F_C4F_N3F_V4F.
 static const GLuint interleaved_strides[14] = {8, 12, 12, 16, 24, 24, 40, 20, 32, 24, 32, 32, 48, 60};
 
 GLuint gls_vertex_data_bytes(GLenum format, GLint count)
 {
-    if (format < 10784 || format > 10797 || count <= 0)
+    if (format < GL_V2F || format > GL_T4F_C4F_N3F_V4F || count <= 0)
         return 0;
-    return interleaved_strides[format - 10784] * (GLuint)count;
+    return interleaved_strides[format - GL_V2F] * (GLuint)count;
 }
+
+// The real function of a command, inside the direct-call guard.
+#define CALL_GL(ctx, name, ...)                                                                     \
+    do {                                                                                            \
+        int token = enterDirectCall(ctx, OP_##name);                                                \
+        ((fn_##name)gls_default_dispatch[OP_##name])(__VA_ARGS__);                                  \
+        leaveDirectCall(ctx, OP_##name, token);                                                     \
+    } while (0)
 
 // ---------------------------------------------------------------------------------------------
 // Client-state shadow: kept always, and GL is called too when there is a GL context.
@@ -183,20 +193,10 @@ bool gls_have_gl_context(GlsContext *ctx)
 {
     if (ctx->glInfo.haveGlContext == -1) {
         GLint value = 0;
-        int token = enterDirectCall(ctx, 237);
-        ((void (GLS_APIENTRY *)(GLenum, GLint *))gls_default_dispatch[237])(3377, &value);
-        leaveDirectCall(ctx, 237, token);
+        CALL_GL(ctx, glGetIntegerv, GL_MAX_LIGHTS, &value);
         ctx->glInfo.haveGlContext = value != 0;
     }
     return ctx->glInfo.haveGlContext != 0;
-}
-
-template <typename Function, typename... Args>
-static void call_gl(GlsContext *ctx, int opcode, Args... args)
-{
-    int token = enterDirectCall(ctx, opcode);
-    ((Function)gls_default_dispatch[opcode])(args...);
-    leaveDirectCall(ctx, opcode, token);
 }
 
 static void keep_array(GlsClientArray *array, GLint size, GLenum type, GLsizei stride, const void *pointer, GLsizei count)
@@ -214,105 +214,100 @@ static GlsClientArray *texture_array(GlsContext *ctx)
     return &ctx->clientState.texCoordArray[unit >= 0 && unit < GLS_TEXTURE_UNITS ? unit : 0];
 }
 
-typedef void (GLS_APIENTRY *SizeTypeStridePointer)(GLint, GLenum, GLsizei, const void *);
-typedef void (GLS_APIENTRY *SizeTypeStrideCountPointer)(GLint, GLenum, GLsizei, GLsizei, const void *);
-typedef void (GLS_APIENTRY *TypeStridePointer)(GLenum, GLsizei, const void *);
-typedef void (GLS_APIENTRY *TypeStrideCountPointer)(GLenum, GLsizei, GLsizei, const void *);
-
 void shadow_glColorPointer(GlsContext *ctx, GLint size, GLenum type, GLsizei stride, const void *pointer)
 {
     keep_array(&ctx->clientState.colorArray, size, type, stride, pointer, 0);
     if (gls_have_gl_context(ctx))
-        call_gl<SizeTypeStridePointer>(ctx, 338, size, type, stride, pointer);
+        CALL_GL(ctx, glColorPointer, size, type, stride, pointer);
 }
 
 void shadow_glColorPointerEXT(GlsContext *ctx, GLint size, GLenum type, GLsizei stride, GLsizei count, const void *pointer)
 {
     keep_array(&ctx->clientState.colorArray, size, type, stride, pointer, count);
     if (gls_have_gl_context(ctx))
-        call_gl<SizeTypeStrideCountPointer>(ctx, 319, size, type, stride, count, pointer);
+        CALL_GL(ctx, glColorPointerEXT, size, type, stride, count, pointer);
 }
 
 void shadow_glVertexPointer(GlsContext *ctx, GLint size, GLenum type, GLsizei stride, const void *pointer)
 {
     keep_array(&ctx->clientState.vertexArray, size, type, stride, pointer, 0);
     if (gls_have_gl_context(ctx))
-        call_gl<SizeTypeStridePointer>(ctx, 347, size, type, stride, pointer);
+        CALL_GL(ctx, glVertexPointer, size, type, stride, pointer);
 }
 
 void shadow_glVertexPointerEXT(GlsContext *ctx, GLint size, GLenum type, GLsizei stride, GLsizei count, const void *pointer)
 {
     keep_array(&ctx->clientState.vertexArray, size, type, stride, pointer, count);
     if (gls_have_gl_context(ctx))
-        call_gl<SizeTypeStrideCountPointer>(ctx, 326, size, type, stride, count, pointer);
+        CALL_GL(ctx, glVertexPointerEXT, size, type, stride, count, pointer);
 }
 
 void shadow_glTexCoordPointer(GlsContext *ctx, GLint size, GLenum type, GLsizei stride, const void *pointer)
 {
     keep_array(texture_array(ctx), size, type, stride, pointer, 0);
     if (gls_have_gl_context(ctx))
-        call_gl<SizeTypeStridePointer>(ctx, 346, size, type, stride, pointer);
+        CALL_GL(ctx, glTexCoordPointer, size, type, stride, pointer);
 }
 
 void shadow_glTexCoordPointerEXT(GlsContext *ctx, GLint size, GLenum type, GLsizei stride, GLsizei count, const void *pointer)
 {
     keep_array(texture_array(ctx), size, type, stride, pointer, count);
     if (gls_have_gl_context(ctx))
-        call_gl<SizeTypeStrideCountPointer>(ctx, 325, size, type, stride, count, pointer);
+        CALL_GL(ctx, glTexCoordPointerEXT, size, type, stride, count, pointer);
 }
 
 void shadow_glNormalPointer(GlsContext *ctx, GLenum type, GLsizei stride, const void *pointer)
 {
     keep_array(&ctx->clientState.normalArray, 3, type, stride, pointer, 0);
     if (gls_have_gl_context(ctx))
-        call_gl<TypeStridePointer>(ctx, 345, type, stride, pointer);
+        CALL_GL(ctx, glNormalPointer, type, stride, pointer);
 }
 
 void shadow_glNormalPointerEXT(GlsContext *ctx, GLenum type, GLsizei stride, GLsizei count, const void *pointer)
 {
     keep_array(&ctx->clientState.normalArray, 3, type, stride, pointer, count);
     if (gls_have_gl_context(ctx))
-        call_gl<TypeStrideCountPointer>(ctx, 324, type, stride, count, pointer);
+        CALL_GL(ctx, glNormalPointerEXT, type, stride, count, pointer);
 }
 
 void shadow_glIndexPointer(GlsContext *ctx, GLenum type, GLsizei stride, const void *pointer)
 {
     keep_array(&ctx->clientState.indexArray, 1, type, stride, pointer, 0);
     if (gls_have_gl_context(ctx))
-        call_gl<TypeStridePointer>(ctx, 343, type, stride, pointer);
+        CALL_GL(ctx, glIndexPointer, type, stride, pointer);
 }
 
 void shadow_glIndexPointerEXT(GlsContext *ctx, GLenum type, GLsizei stride, GLsizei count, const void *pointer)
 {
     keep_array(&ctx->clientState.indexArray, 1, type, stride, pointer, count);
     if (gls_have_gl_context(ctx))
-        call_gl<TypeStrideCountPointer>(ctx, 323, type, stride, count, pointer);
+        CALL_GL(ctx, glIndexPointerEXT, type, stride, count, pointer);
 }
 
 void shadow_glEdgeFlagPointer(GlsContext *ctx, GLsizei stride, const void *pointer)
 {
-    keep_array(&ctx->clientState.edgeFlagArray, 1, 0x1401, stride, pointer, 0);
+    keep_array(&ctx->clientState.edgeFlagArray, 1, GL_UNSIGNED_BYTE, stride, pointer, 0);
     if (gls_have_gl_context(ctx))
-        call_gl<void (GLS_APIENTRY *)(GLsizei, const void *)>(ctx, 341, stride, pointer);
+        CALL_GL(ctx, glEdgeFlagPointer, stride, pointer);
 }
 
 void shadow_glEdgeFlagPointerEXT(GlsContext *ctx, GLsizei stride, GLsizei count, const GLboolean *pointer)
 {
-    keep_array(&ctx->clientState.edgeFlagArray, 1, 0x1401, stride, pointer, count);
+    keep_array(&ctx->clientState.edgeFlagArray, 1, GL_UNSIGNED_BYTE, stride, pointer, count);
     if (gls_have_gl_context(ctx))
-        call_gl<void (GLS_APIENTRY *)(GLsizei, GLsizei, const GLboolean *)>(ctx, 321, stride, count, pointer);
+        CALL_GL(ctx, glEdgeFlagPointerEXT, stride, count, pointer);
 }
 
-// The array an enable names: GL_VERTEX_ARRAY (32884) to GL_EDGE_FLAG_ARRAY (32889).
+// The array an enable names.
 static GlsClientArray *array_of_cap(GlsContext *ctx, GLenum cap)
 {
     switch (cap) {
-    case 32884: return &ctx->clientState.vertexArray;
-    case 32885: return &ctx->clientState.normalArray;
-    case 32886: return &ctx->clientState.colorArray;
-    case 32887: return &ctx->clientState.indexArray;
-    case 32888: return texture_array(ctx);
-    case 32889: return &ctx->clientState.edgeFlagArray;
+    case GL_VERTEX_ARRAY: return &ctx->clientState.vertexArray;
+    case GL_NORMAL_ARRAY: return &ctx->clientState.normalArray;
+    case GL_COLOR_ARRAY: return &ctx->clientState.colorArray;
+    case GL_INDEX_ARRAY: return &ctx->clientState.indexArray;
+    case GL_TEXTURE_COORD_ARRAY: return texture_array(ctx);
+    case GL_EDGE_FLAG_ARRAY: return &ctx->clientState.edgeFlagArray;
     default: return nullptr;
     }
 }
@@ -322,7 +317,7 @@ void shadow_glEnableClientState(GlsContext *ctx, GLenum array)
     if (GlsClientArray *record = array_of_cap(ctx, array))
         record->enabled = 1;
     if (gls_have_gl_context(ctx))
-        call_gl<void (GLS_APIENTRY *)(GLenum)>(ctx, 342, array);
+        CALL_GL(ctx, glEnableClientState, array);
 }
 
 void shadow_glDisableClientState(GlsContext *ctx, GLenum array)
@@ -330,28 +325,32 @@ void shadow_glDisableClientState(GlsContext *ctx, GLenum array)
     if (GlsClientArray *record = array_of_cap(ctx, array))
         record->enabled = 0;
     if (gls_have_gl_context(ctx))
-        call_gl<void (GLS_APIENTRY *)(GLenum)>(ctx, 339, array);
+        CALL_GL(ctx, glDisableClientState, array);
 }
 
-// Pixel store: GL_UNPACK_SWAP_BYTES (3312) to GL_UNPACK_ALIGNMENT (3317), the same plus 16 for
-// pack, and the image height and skip images of 3D textures.
+// Pixel store: the unpack and pack parameters, with the image height and skip images of 3D
+// textures.
 static void keep_pixel_store(GlsContext *ctx, GLenum pname, GLint value)
 {
-    GlsPixelStore *store = pname >= 3328 && pname <= 3333 ? &ctx->clientState.pack
-                           : pname >= 3312 && pname <= 3317 ? &ctx->clientState.unpack
-                           : pname == 32875 || pname == 32876 ? &ctx->clientState.pack
-                           : pname == 32877 || pname == 32878 ? &ctx->clientState.unpack : nullptr;
-    if (!store)
-        return;
+    GlsPixelStore *unpack = &ctx->clientState.unpack, *pack = &ctx->clientState.pack;
     switch (pname) {
-    case 3312: case 3328: store->swapBytes = value; break;
-    case 3313: case 3329: store->lsbFirst = value; break;
-    case 3314: case 3330: store->rowLength = value; break;
-    case 3315: case 3331: store->skipRows = value; break;
-    case 3316: case 3332: store->skipPixels = value; break;
-    case 3317: case 3333: store->alignment = value; break;
-    case 32875: case 32877: store->skipImages = value; break;
-    case 32876: case 32878: store->imageHeight = value; break;
+    case GL_UNPACK_SWAP_BYTES: unpack->swapBytes = value; break;
+    case GL_UNPACK_LSB_FIRST: unpack->lsbFirst = value; break;
+    case GL_UNPACK_ROW_LENGTH: unpack->rowLength = value; break;
+    case GL_UNPACK_SKIP_ROWS: unpack->skipRows = value; break;
+    case GL_UNPACK_SKIP_PIXELS: unpack->skipPixels = value; break;
+    case GL_UNPACK_ALIGNMENT: unpack->alignment = value; break;
+    case GL_UNPACK_SKIP_IMAGES_EXT: unpack->skipImages = value; break;
+    case GL_UNPACK_IMAGE_HEIGHT_EXT: unpack->imageHeight = value; break;
+    case GL_PACK_SWAP_BYTES: pack->swapBytes = value; break;
+    case GL_PACK_LSB_FIRST: pack->lsbFirst = value; break;
+    case GL_PACK_ROW_LENGTH: pack->rowLength = value; break;
+    case GL_PACK_SKIP_ROWS: pack->skipRows = value; break;
+    case GL_PACK_SKIP_PIXELS: pack->skipPixels = value; break;
+    case GL_PACK_ALIGNMENT: pack->alignment = value; break;
+    case GL_PACK_SKIP_IMAGES_EXT: pack->skipImages = value; break;
+    case GL_PACK_IMAGE_HEIGHT_EXT: pack->imageHeight = value; break;
+    default: break;
     }
 }
 
@@ -359,22 +358,22 @@ void shadow_glPixelStoref(GlsContext *ctx, GLenum pname, GLfloat param)
 {
     keep_pixel_store(ctx, pname, (GLint)param);
     if (gls_have_gl_context(ctx))
-        call_gl<void (GLS_APIENTRY *)(GLenum, GLfloat)>(ctx, 223, pname, param);
+        CALL_GL(ctx, glPixelStoref, pname, param);
 }
 
 void shadow_glPixelStorei(GlsContext *ctx, GLenum pname, GLint param)
 {
     keep_pixel_store(ctx, pname, param);
     if (gls_have_gl_context(ctx))
-        call_gl<void (GLS_APIENTRY *)(GLenum, GLint)>(ctx, 224, pname, param);
+        CALL_GL(ctx, glPixelStorei, pname, param);
 }
 
 // Feedback and selection buffers: the real call with a GL context, else kept in the shadow.
 void shadow_glFeedbackBuffer(GlsContext *ctx, GLsizei size, GLenum type, GLfloat *buffer)
 {
     if (gls_have_gl_context(ctx)) {
-        call_gl<void (GLS_APIENTRY *)(GLsizei, GLenum, GLfloat *)>(ctx, 172, size, type, buffer);
-    } else if (size >= 0 && type >= 1536 && type <= 1540) {
+        CALL_GL(ctx, glFeedbackBuffer, size, type, buffer);
+    } else if (size >= 0 && type >= GL_2D && type <= GL_4D_COLOR_TEXTURE) {
         ctx->clientState.feedbackBufferSize = size;
         ctx->clientState.feedbackBufferType = type;
         ctx->clientState.feedbackBuffer = buffer;
@@ -384,7 +383,7 @@ void shadow_glFeedbackBuffer(GlsContext *ctx, GLsizei size, GLenum type, GLfloat
 void shadow_glSelectBuffer(GlsContext *ctx, GLsizei size, GLuint *buffer)
 {
     if (gls_have_gl_context(ctx)) {
-        call_gl<void (GLS_APIENTRY *)(GLsizei, GLuint *)>(ctx, 173, size, buffer);
+        CALL_GL(ctx, glSelectBuffer, size, buffer);
     } else if (size >= 0) {
         ctx->clientState.selectBufferSize = size;
         ctx->clientState.selectBuffer = buffer;

@@ -705,11 +705,11 @@ GLSenum gls_detect_stream_type(const uint8_t *bytes, size_t count)
     if (count >= 20 && bytes[0] == 0 && bytes[1] == 0 && bytes[2] == 0 && bytes[3] == 0) {
         uint32_t words[4];
         memcpy(words, bytes + 4, 16);
-        if (words[0] == 16 && words[1] == 20 && words[2] <= 1)
+        if (words[0] == OP_glsBeginGLS && words[1] == 20 && words[2] <= 1)
             return GLS_BINARY_LSB_FIRST;
         for (uint32_t &w : words)
             w = __builtin_bswap32(w);
-        if (words[0] == 16 && words[1] == 20 && words[2] <= 1)
+        if (words[0] == OP_glsBeginGLS && words[1] == 20 && words[2] <= 1)
             return GLS_BINARY_MSB_FIRST;
         return GLS_NONE;
     }

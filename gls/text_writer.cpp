@@ -1,6 +1,7 @@
 // The text form: every command is one statement, "name(arg, arg);" and a newline. Each item
 // tests the buffer limit once; no item is longer than the reserve above the limit.
 #include "gls/writer.h"
+#include "gen/gl_enums.h"
 
 #include "gls/gls.h"
 #include "gls/capture.h"
@@ -735,14 +736,14 @@ struct PackedFormat {
 };
 
 static const PackedFormat packed_formats[3] = {
-    {10786, 12, 0, 2}, // GL_C4UB_V2F
-    {10787, 16, 0, 3}, // GL_C4UB_V3F
-    {10793, 24, 2, 3}, // GL_T2F_C4UB_V3F
+    {GL_C4UB_V2F, 12, 0, 2},
+    {GL_C4UB_V3F, 16, 0, 3},
+    {GL_T2F_C4UB_V3F, 24, 2, 3},
 };
 
 static void text_vertex_data(GlsWriter *w, GLenum format, GLuint size, const GLvoid *data)
 {
-    if (size == 0 || !data || format < 10784 || format > 10797) {
+    if (size == 0 || !data || format < GL_V2F || format > GL_T4F_C4F_N3F_V4F) {
         text_ubyte_vector(w, 0, nullptr);
         return;
     }

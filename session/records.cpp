@@ -1,6 +1,7 @@
 // Start values of the session records. Blocks come from the heap unzeroed, so every field that
 // has a start value is written here, field by field in layout order.
 #include "session/records.h"
+#include "gen/gl_enums.h"
 
 #include <cstdio>
 #include <cstring>
@@ -113,8 +114,8 @@ void fill_per_proc(per_proc *block, uint32_t id)
     block->control_draw_state = 1;
     block->control_draw_request = 0;
     block->unused_flag = 0;
-    block->saved_read_buffer = 1028; // GL_BACK
-    block->saved_draw_buffer = 1028;
+    block->saved_read_buffer = GL_FRONT;
+    block->saved_draw_buffer = GL_FRONT;
     int32_t *flag = block->shown;
     for (int word = 0; word < PER_PROC_FLAG_WORDS; ++word)
         flag[word] = 0;

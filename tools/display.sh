@@ -24,20 +24,41 @@ export WINEPREFIX="${QUONDALE_WINEPREFIX:-$quondale_root/build/wineprefix}"
 export WINEDEBUG="${WINEDEBUG:--all}"
 export WINEARCH=win64
 
+# The one place that says which opengl32.dll a program gets: with "debugger" the copy beside it
+# (the forwarder to quondale.dll) before Wine's own, with "system" Wine's. No Mono or Gecko.
+wine_overrides() {
+    case "${1:-debugger}" in
+        system) echo "mscoree,mshtml=;opengl32=b" ;;
+        *) echo "mscoree,mshtml=;opengl32=n,b" ;;
+    esac
+}
+
+# The checks start their application on a desktop named "quondale", which Wine draws as one
+# window of this size with the frames and titles of the windows inside it.
+add_check_desktop() {
+    grep -q '"quondale"="1280x1024"' "$WINEPREFIX/user.reg" 2>/dev/null && return 0
+    "$wine_binary" reg add 'HKCU\Software\Wine\Explorer\Desktops' /v quondale /d 1280x1024 /f \
+        </dev/null >/dev/null 2>&1
+    "$wineserver_binary" -w
+}
+
 # Creates the prefix once; a lock keeps parallel test runs from booting it twice.
 ensure_prefix() {
     find_wine || return 1
-    [ -f "$WINEPREFIX/system.reg" ] && return 0
+    if [ -f "$WINEPREFIX/system.reg" ] && grep -q '"quondale"="1280x1024"' "$WINEPREFIX/user.reg" 2>/dev/null; then
+        return 0
+    fi
     mkdir -p "$(dirname "$WINEPREFIX")"
     (
         flock 9
         if [ ! -f "$WINEPREFIX/system.reg" ]; then
             echo "quondale: creating Wine prefix $WINEPREFIX" >&2
             # No Mono or Gecko: their installers would ask questions.
-            WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" DISPLAY= \
+            WINEDEBUG=-all WINEDLLOVERRIDES=$(wine_overrides system) DISPLAY= \
                 "$wine_binary" wineboot -i </dev/null >/dev/null 2>&1
             "$wineserver_binary" -w
         fi
+        WINEDEBUG=-all DISPLAY= add_check_desktop
     ) 9>"$WINEPREFIX.lock"
     [ -f "$WINEPREFIX/system.reg" ] || { echo "quondale: wineboot failed for $WINEPREFIX" >&2; return 1; }
 }

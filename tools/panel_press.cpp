@@ -1,11 +1,25 @@
 // Presses a button of the debugger's control window from outside the debugged program, as a
-// person would: `panel_press ID` waits for the window titled "quondale" to show "Halted",
-// prints what it shows, and clicks button ID (109 is Continue; 0 only looks).
+// person would: `panel_press BUTTON [SECONDS]` waits for the window titled "quondale" to show
+// "Halted", prints its four texts, and clicks BUTTON (halt, continue, step, skip, the history
+// box; look only looks).
 #include <windows.h>
+
+#include "panel/resource.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
+
+struct button_name {
+    const char *name;
+    int id;
+};
+
+static const button_name buttons[] = {
+    {"look", 0},  {"halt", IDC_HALT}, {"continue", IDC_CONTINUE},
+    {"step", IDC_STEP}, {"skip", IDC_SKIP}, {"history", IDC_HISTORY},
+};
 
 static BOOL CALLBACK match_control_window(HWND window, LPARAM found)
 {
@@ -25,11 +39,14 @@ static void text_of(HWND dialog, int id, char *text, int size)
 
 int main(int argc, char **argv)
 {
-    if (argc < 2) {
-        fprintf(stderr, "usage: panel_press BUTTON_ID [SECONDS]\n");
+    int button = -1;
+    for (const button_name &known : buttons)
+        if (argc > 1 && strcmp(argv[1], known.name) == 0)
+            button = known.id;
+    if (button < 0) {
+        fprintf(stderr, "usage: panel_press look|halt|continue|step|skip|history [SECONDS]\n");
         return 2;
     }
-    int button = atoi(argv[1]);
     DWORD limit = (argc > 2 ? (DWORD)atoi(argv[2]) : 60) * 1000;
     DWORD start = GetTickCount();
     HWND control = nullptr;
@@ -38,7 +55,7 @@ int main(int argc, char **argv)
         control = nullptr;
         EnumWindows(match_control_window, (LPARAM)&control);
         if (control) {
-            text_of(control, 107, status, sizeof status);
+            text_of(control, IDC_STATUS, status, sizeof status);
             if (strcmp(status, "Halted") == 0)
                 break;
         }
@@ -49,7 +66,7 @@ int main(int argc, char **argv)
         return 1;
     }
     char text[1024];
-    for (int id = 104; id <= 107; ++id) {
+    for (int id : {IDC_THREAD_BANNER, IDC_CONTEXT_BANNER, IDC_LAST_CALL, IDC_STATUS}) {
         text_of(control, id, text, sizeof text);
         printf("%s\n", text);
     }

@@ -2,21 +2,18 @@
 // glsBeginGLS/glsEndGLS pair for each time the context was current, one statement per call with
 // its arguments by name, scalar calls folded into their vector form, WGL calls as notes, calls
 // made without a context in 0.gls, and every line ending in CR CR LF.
-#include "panel_continue.h"
-#include "session_test.h"
+#include "harness.h"
 
 static int child()
 {
     write_fact("thread", GetCurrentThreadId());
-    continue_first_halts();
+    continue_first_halt();
 
     wglGetCurrentContext();        // starts the session; the first note goes into 0.gls
     glClear(GL_COLOR_BUFFER_BIT);  // no context: recorded in 0.gls all the same
 
-    gl_window window = make_gl_window();
-    PIXELFORMATDESCRIPTOR format = wanted_format();
-    int pixel_format = ChoosePixelFormat(window.dc, &format);
-    SetPixelFormat(window.dc, pixel_format, &format);
+    gl_window window = open_window(16, 16);
+    set_pixel_format(&window);
     HGLRC first = wglCreateContext(window.dc);
     HGLRC second = wglCreateContext(window.dc);
     write_fact("first", (uint32_t)(uintptr_t)first);
@@ -46,39 +43,24 @@ static int child()
     SwapBuffers(window.dc);
     wglMakeCurrent(nullptr, nullptr);
     glGetError();
-    return check_failures ? CHILD_CHECKS_FAILED : 0; // the application ends by itself
+    return child_end(); // the application ends by itself
 }
 
-static std::string history_file(const std::string &dir, unsigned long long handle)
+static std::string history_file(const child_run &run, const char *context)
 {
-    return read_file(dir + "\\history\\" + std::to_string((int)handle) + ".gls");
-}
-
-// The texts as the formatter writes them, with each line end as it lands on disk.
-static std::string on_disk(const char *text)
-{
-    std::string result;
-    for (const char *c = text; *c; ++c)
-        result += *c == '\n' ? std::string("\r\r\n") : std::string(1, *c);
-    return result;
-}
-
-static void compare(const char *what, const std::string &found, const char *expected)
-{
-    check(found == on_disk(expected), "%s differs; found:\n%s\nexpected:\n%s", what, found.c_str(),
-          on_disk(expected).c_str());
+    std::string dir = session_directory(run.temp, (DWORD)fact(run, "thread"));
+    std::string handle = context ? std::to_string((int)(uint32_t)fact(run, context)) : "0";
+    return read_file(dir + "\\history\\" + handle + ".gls");
 }
 
 int main(int argc, char **argv)
 {
     if (is_child(argc, argv))
         return child();
-    child_run run = run_child(fresh_temp("history"));
-    check(!run.timed_out, "child hung");
-    check(run.exit_code == 0, "child exit code %lu", (unsigned long)run.exit_code);
-    std::string dir = session_directory(run.temp, (DWORD)fact(run.facts, "thread"));
+    child_run run = run_child("history");
+    expect_end(run);
 
-    compare("0.gls", history_file(dir, 0),
+    check_text("0.gls", history_file(run, nullptr), on_disk(
             "glsBeginGLS(1, 0);\n"
             "glsString(\"Info\", \"wglGetCurrentContext\");\n"
             "glClear(GL_COLOR_BUFFER_BIT);\n"
@@ -89,8 +71,8 @@ int main(int argc, char **argv)
             "glsString(\"Info\", \"wglMakeCurrent\");\n"
             "glsEndGLS();\n"
             "glsBeginGLS(1, 0);\n"
-            "glGetError();\n");
-    compare("first context", history_file(dir, fact(run.facts, "first")),
+            "glGetError();\n"));
+    check_text("the first context's file", history_file(run, "first"), on_disk(
             "glsBeginGLS(1, 0);\n"
             "glClearColor(0, 0, 0, 1);\n"
             "glClear(GL_DEPTH_BUFFER_BIT | GL_COLOR_BUFFER_BIT);\n"
@@ -116,12 +98,12 @@ int main(int argc, char **argv)
             "glFinish();\n"
             "glsString(\"Info\", \"wglSwapBuffers\");\n"
             "glsString(\"Info\", \"wglMakeCurrent\");\n"
-            "glsEndGLS();\n");
-    compare("second context", history_file(dir, fact(run.facts, "second")),
+            "glsEndGLS();\n"));
+    check_text("the second context's file", history_file(run, "second"), on_disk(
             "glsBeginGLS(1, 0);\n"
             "glFlush();\n"
             "glsString(\"Info\", \"wglMakeCurrent\");\n"
-            "glsEndGLS();\n");
-    remove_tree(run.temp);
+            "glsEndGLS();\n"));
+    clean_up(run);
     return finish("history_text");
 }

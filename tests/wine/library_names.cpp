@@ -1,6 +1,6 @@
 // The program loads quondale.dll under its own name, through the forwarding opengl32.dll beside
 // it, and quondale.dll in turn has the system's opengl32.dll loaded to do the real work.
-#include "testbed.h"
+#include "harness.h"
 
 #include <tlhelp32.h>
 
@@ -24,15 +24,18 @@ int main()
 {
     HMODULE quondale = GetModuleHandleA("quondale.dll");
     if (!quondale) {
-        fail("GetModuleHandleA(\"quondale.dll\") is null: the program did not load the debugger");
-        return finish();
+        check(false, "GetModuleHandleA(\"quondale.dll\") is null: the program did not load the debugger");
+        return finish("library_names");
     }
-    std::string folder = lower(program_folder());
+    std::string folder = lower(module_path(nullptr));
+    folder = folder.substr(0, folder.find_last_of('\\') + 1);
     if (module_path(quondale) != folder + "quondale.dll")
-        fail("quondale.dll was loaded from %s, not from the program's folder", module_path(quondale).c_str());
+        check(false, "quondale.dll was loaded from %s, not from the program's folder", module_path(quondale).c_str());
 
     // Both opengl32.dll modules share a base name, so find them by path.
-    std::string system_path = lower(system_opengl32_path());
+    char system[MAX_PATH];
+    GetSystemDirectoryA(system, MAX_PATH);
+    std::string system_path = lower(std::string(system) + "\\opengl32.dll");
     HMODULE forwarder = nullptr, real = nullptr;
     HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPMODULE, 0);
     MODULEENTRY32 entry = {};
@@ -44,15 +47,15 @@ int main()
         else if (path == system_path)
             real = entry.hModule;
         else if (path.size() > 13 && path.compare(path.size() - 13, 13, "\\opengl32.dll") == 0)
-            fail("an opengl32.dll from an unexpected place is loaded: %s", path.c_str());
+            check(false, "an opengl32.dll from an unexpected place is loaded: %s", path.c_str());
     }
     CloseHandle(snapshot);
     if (!forwarder)
-        fail("the forwarding opengl32.dll in %s is not loaded", folder.c_str());
+        check(false, "the forwarding opengl32.dll in %s is not loaded", folder.c_str());
     if (!real)
-        fail("the system's %s is not loaded beside the forwarder", system_path.c_str());
+        check(false, "the system's %s is not loaded beside the forwarder", system_path.c_str());
     if (!forwarder || !real)
-        return finish();
+        return finish("library_names");
 
     // The forwarder's exports resolve to quondale.dll's; the real library's are different code.
     const char *names[] = {"glClear", "glColor3ub", "glBindTexture", "wglCreateContext", "wglSwapBuffers"};
@@ -61,16 +64,16 @@ int main()
         FARPROC forwarded = GetProcAddress(forwarder, name);
         FARPROC system = GetProcAddress(real, name);
         if (!ours)
-            fail("quondale.dll does not export %s", name);
+            check(false, "quondale.dll does not export %s", name);
         else if (forwarded != ours)
-            fail("opengl32.dll!%s resolves to %p, not to quondale.dll's %p", name, (void *)forwarded, (void *)ours);
+            check(false, "opengl32.dll!%s resolves to %p, not to quondale.dll's %p", name, (void *)forwarded, (void *)ours);
         if (!system)
-            fail("the system's opengl32.dll lacks %s", name);
+            check(false, "the system's opengl32.dll lacks %s", name);
         else if (system == ours)
-            fail("the system's %s is quondale.dll's own", name);
+            check(false, "the system's %s is quondale.dll's own", name);
     }
     // The program's own imports are bound to quondale.dll's code.
     if ((void *)&glClear != (void *)GetProcAddress(quondale, "glClear"))
-        fail("the program's import of glClear is %p, not quondale.dll's", (void *)&glClear);
-    return finish();
+        check(false, "the program's import of glClear is %p, not quondale.dll's", (void *)&glClear);
+    return finish("library_names");
 }

@@ -1,7 +1,8 @@
 // Continue lets a halted program run on; Halt, and Step pressed while it runs, stop it again at
 // its next call.
-#include "panel_app.h"
-#include "panel_driver.h"
+#include "harness.h"
+
+#include "panel/resource.h"
 
 static volatile LONG stop_drawing;
 
@@ -17,8 +18,8 @@ static bool wait_for_calls(LONG count)
 // The program runs on: "Running" stands and calls keep returning.
 static void expect_running(HWND dialog, const char *after)
 {
-    if (!panel_wait_text(dialog, PANEL_STATUS, "Running"))
-        panel_abort(dialog, (std::string("not running after ") + after).c_str());
+    if (!wait_text(dialog, IDC_STATUS, "Running"))
+        give_up((std::string("not running after ") + after).c_str());
     LONG now = calls_returned;
     check(wait_for_calls(now + 20), "no calls returned after %s", after);
 }
@@ -34,36 +35,34 @@ static void expect_still(HWND dialog)
 
 static void scenario()
 {
-    HWND dialog = find_control_window(0, PANEL_WAIT_MS);
-    if (!dialog)
-        panel_abort(nullptr, "no control window");
+    HWND dialog = control_window();
     expect_still(dialog);
 
-    panel_click(dialog, PANEL_CONTINUE);
+    click(dialog, IDC_CONTINUE);
     expect_running(dialog, "Continue");
-    panel_click(dialog, PANEL_HALT);
+    click(dialog, IDC_HALT);
     expect_still(dialog);
 
     // While it runs, Step asks for a halt, not for a step.
-    panel_click(dialog, PANEL_CONTINUE);
+    click(dialog, IDC_CONTINUE);
     expect_running(dialog, "the second Continue");
-    panel_click(dialog, PANEL_STEP);
+    click(dialog, IDC_STEP);
     expect_still(dialog);
 
     driver_done();
     stop_drawing = 1;
-    panel_click(dialog, PANEL_CONTINUE);
+    click(dialog, IDC_CONTINUE);
 }
 
 static int child()
 {
     start_driver(scenario);
-    open_panel_gl_window();
+    open_gl_window(16, 16);
     while (!stop_drawing) {
         glClear(GL_COLOR_BUFFER_BIT);
         returned();
     }
-    return check_failures ? CHILD_CHECKS_FAILED : 0;
+    return child_end();
 }
 
-int main(int argc, char **argv) { return panel_check_main(argc, argv, "panel_continue_halt", child); }
+int main(int argc, char **argv) { return check_main(argc, argv, "panel_continue_halt", child); }

@@ -1,58 +1,50 @@
 // The debugger's end is the application's: File/Quit, and closing the control window by its
 // system menu, end the process with exit code 0 and remove the session's temporary directory.
-#include "panel_app.h"
-#include "panel_driver.h"
+#include "harness.h"
 
-static void quit_by_menu()
+#include "panel/resource.h"
+
+#include <cstring>
+
+static bool by_system_menu;
+
+static void scenario()
 {
-    HWND dialog = find_control_window(0, PANEL_WAIT_MS);
-    if (!dialog)
-        panel_abort(nullptr, "no control window");
+    HWND control = control_window();
     // As a person would: once the application stands at its first call.
-    if (!panel_wait_text(dialog, PANEL_STATUS, "Halted"))
-        panel_abort(dialog, "no halt");
+    if (!wait_text(control, IDC_STATUS, "Halted"))
+        give_up("no halt");
     driver_done();
-    panel_menu(dialog, PANEL_MENU_QUIT);
+    if (by_system_menu)
+        SendMessageA(control, WM_SYSCOMMAND, SC_CLOSE, 0);
+    else
+        menu(control, IDM_QUIT);
 }
 
-static void close_by_system_menu()
+static int child(const char *how)
 {
-    HWND dialog = find_control_window(0, PANEL_WAIT_MS);
-    if (!dialog)
-        panel_abort(nullptr, "no control window");
-    if (!panel_wait_text(dialog, PANEL_STATUS, "Halted"))
-        panel_abort(dialog, "no halt");
-    driver_done();
-    SendMessageA(dialog, WM_SYSCOMMAND, SC_CLOSE, 0);
-}
-
-static int child()
-{
-    char end[16] = "";
-    GetEnvironmentVariableA("PANEL_END", end, sizeof end);
-    start_driver(strcmp(end, "close") == 0 ? close_by_system_menu : quit_by_menu);
-    open_panel_gl_window();
+    by_system_menu = strcmp(how, "close") == 0;
+    write_fact("thread", GetCurrentThreadId());
+    start_driver(scenario);
+    open_gl_window(16, 16);
     glClear(GL_COLOR_BUFFER_BIT);
     wait_for_the_end();
 }
 
 static void check_end(const char *how)
 {
-    SetEnvironmentVariableA("PANEL_END", how);
-    child_run run = run_child(fresh_temp(how));
+    child_run run = run_child(how, how);
     printf("ended by %s\n", how);
-    check_panel_run(run);
-    std::string dir = session_directory(run.temp, (DWORD)fact(run.facts, "thread"));
-    check(fact(run.facts, "thread") != ~0ull, "the application told no thread id");
-    check(!directory_exists(dir), "%s is still there", dir.c_str());
-    check(session_directories(run.temp).empty(), "a session directory is left");
-    remove_tree(run.temp);
+    expect_end(run);
+    std::string dir = session_directory(run.temp, (DWORD)fact(run, "thread"));
+    check(fact(run, "thread") != ~0ull && !directory_exists(dir), "%s is still there", dir.c_str());
+    clean_up(run);
 }
 
 int main(int argc, char **argv)
 {
     if (is_child(argc, argv))
-        return child();
+        return child(argc > 2 ? argv[2] : "");
     check_end("quit");
     check_end("close");
     return finish("panel_quit");

@@ -1,7 +1,8 @@
 // Step lets exactly one call run and stops at the next; Skip leaves the pending call unmade,
 // and a skipped call with a result gives the application 0.
-#include "panel_app.h"
-#include "panel_driver.h"
+#include "harness.h"
+
+#include "panel/resource.h"
 
 static GLboolean enabled_after_skip = 99, enabled_after_step = 99, skipped_result = 99, final_result = 99;
 
@@ -10,19 +11,17 @@ static void press_at(HWND dialog, const char *call, LONG count, int button)
 {
     expect_halt_at(dialog, call);
     check(calls_returned == count, "at %s: %ld calls returned, expected %ld", call, calls_returned, count);
-    panel_click(dialog, button);
+    click(dialog, button);
 }
 
 static void scenario()
 {
-    HWND dialog = find_control_window(0, PANEL_WAIT_MS);
-    if (!dialog)
-        panel_abort(nullptr, "no control window");
-    press_at(dialog, "glEnable(GL_CULL_FACE);", 0, PANEL_SKIP);
-    press_at(dialog, "glIsEnabled(GL_CULL_FACE);", 1, PANEL_STEP);
-    press_at(dialog, "glEnable(GL_CULL_FACE);", 2, PANEL_STEP);
-    press_at(dialog, "glIsEnabled(GL_CULL_FACE);", 3, PANEL_STEP);
-    press_at(dialog, "glIsEnabled(GL_CULL_FACE);", 4, PANEL_SKIP);
+    HWND dialog = control_window();
+    press_at(dialog, "glEnable(GL_CULL_FACE);", 0, IDC_SKIP);
+    press_at(dialog, "glIsEnabled(GL_CULL_FACE);", 1, IDC_STEP);
+    press_at(dialog, "glEnable(GL_CULL_FACE);", 2, IDC_STEP);
+    press_at(dialog, "glIsEnabled(GL_CULL_FACE);", 3, IDC_STEP);
+    press_at(dialog, "glIsEnabled(GL_CULL_FACE);", 4, IDC_SKIP);
     expect_halt_at(dialog, "glIsEnabled(GL_CULL_FACE);");
     check(calls_returned == 5, "at the last call: %ld calls returned", calls_returned);
     // What the application got back, read while it stands still.
@@ -30,13 +29,13 @@ static void scenario()
     check(enabled_after_step == GL_TRUE, "the stepped glEnable was not made");
     check(skipped_result == GL_FALSE, "a skipped glIsEnabled gave %d", skipped_result);
     driver_done();
-    panel_click(dialog, PANEL_CONTINUE);
+    click(dialog, IDC_CONTINUE);
 }
 
 static int child()
 {
     start_driver(scenario);
-    open_panel_gl_window();
+    open_gl_window(16, 16);
     glEnable(GL_CULL_FACE);
     returned();
     enabled_after_skip = glIsEnabled(GL_CULL_FACE);
@@ -50,7 +49,7 @@ static int child()
     final_result = glIsEnabled(GL_CULL_FACE);
     returned();
     check(final_result == GL_TRUE, "after Continue glIsEnabled gave %d", final_result);
-    return check_failures ? CHILD_CHECKS_FAILED : 0;
+    return child_end();
 }
 
-int main(int argc, char **argv) { return panel_check_main(argc, argv, "panel_step_skip", child); }
+int main(int argc, char **argv) { return check_main(argc, argv, "panel_step_skip", child); }

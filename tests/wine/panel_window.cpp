@@ -1,8 +1,9 @@
 // The control window as the user first sees it: title, frame, menu, controls with their
 // captions, kinds, places and tab order, the History box checked; and the About box, hidden
 // until asked for, hidden again by its Close button and by closing.
-#include "panel_app.h"
-#include "panel_driver.h"
+#include "harness.h"
+
+#include "panel/resource.h"
 
 struct control_row {
     int id;
@@ -14,26 +15,26 @@ struct control_row {
 
 // Template order, which is the tab order.
 static const control_row control_rows[] = {
-    {103, "Static", "", SS_ETCHEDHORZ, {0, 0, 292, 1}},
-    {104, "Edit", "", ES_READONLY, {4, 4, 140, 12}},
-    {105, "Edit", "", ES_READONLY, {148, 4, 140, 12}},
-    {106, "Edit", "", ES_READONLY | ES_MULTILINE | WS_VSCROLL, {4, 20, 284, 28}},
-    {107, "Edit", "", ES_READONLY, {4, 52, 284, 12}},
-    {108, "Button", "Halt", BS_DEFPUSHBUTTON, {8, 68, 60, 16}},
-    {109, "Button", "Continue", BS_PUSHBUTTON, {80, 68, 60, 16}},
-    {110, "Button", "Step", BS_PUSHBUTTON, {152, 68, 60, 16}},
-    {111, "Button", "Skip", BS_PUSHBUTTON, {224, 68, 60, 16}},
-    {112, "Button", "", BS_GROUPBOX, {4, 88, 140, 44}},
-    {113, "Button", "", BS_GROUPBOX, {148, 88, 140, 44}},
-    {114, "Button", "GL warnings/errors", BS_AUTOCHECKBOX, {8, 92, 76, 8}},
-    {120, "Button", "Break on SwapBuffers", BS_AUTOCHECKBOX, {152, 104, 84, 8}},
-    {118, "Button", "Break on API calls", BS_AUTOCHECKBOX, {152, 92, 74, 8}},
-    {119, "Button", "Setup", BS_PUSHBUTTON, {240, 92, 44, 12}},
-    {116, "Button", "History", BS_AUTOCHECKBOX, {8, 116, 68, 8}},
-    {117, "Button", "Setup", BS_PUSHBUTTON, {96, 116, 44, 12}},
-    {121, "Button", "Skip API calls", BS_AUTOCHECKBOX, {152, 116, 59, 8}},
-    {122, "Button", "Setup", BS_PUSHBUTTON, {240, 116, 44, 12}},
-    {115, "Button", "Control drawing", BS_AUTOCHECKBOX, {8, 104, 76, 10}},
+    {IDC_MENU_LINE, "Static", "", SS_ETCHEDHORZ, {0, 0, 292, 1}},
+    {IDC_THREAD_BANNER, "Edit", "", ES_READONLY, {4, 4, 140, 12}},
+    {IDC_CONTEXT_BANNER, "Edit", "", ES_READONLY, {148, 4, 140, 12}},
+    {IDC_LAST_CALL, "Edit", "", ES_READONLY | ES_MULTILINE | WS_VSCROLL, {4, 20, 284, 28}},
+    {IDC_STATUS, "Edit", "", ES_READONLY, {4, 52, 284, 12}},
+    {IDC_HALT, "Button", "Halt", BS_DEFPUSHBUTTON, {8, 68, 60, 16}},
+    {IDC_CONTINUE, "Button", "Continue", BS_PUSHBUTTON, {80, 68, 60, 16}},
+    {IDC_STEP, "Button", "Step", BS_PUSHBUTTON, {152, 68, 60, 16}},
+    {IDC_SKIP, "Button", "Skip", BS_PUSHBUTTON, {224, 68, 60, 16}},
+    {IDC_LEFT_FRAME, "Button", "", BS_GROUPBOX, {4, 88, 140, 44}},
+    {IDC_RIGHT_FRAME, "Button", "", BS_GROUPBOX, {148, 88, 140, 44}},
+    {IDC_GL_ERRORS, "Button", "GL warnings/errors", BS_AUTOCHECKBOX, {8, 92, 76, 8}},
+    {IDC_BREAK_ON_SWAP, "Button", "Break on SwapBuffers", BS_AUTOCHECKBOX, {152, 104, 84, 8}},
+    {IDC_BREAK_ON_CALLS, "Button", "Break on API calls", BS_AUTOCHECKBOX, {152, 92, 74, 8}},
+    {IDC_BREAK_SETUP, "Button", "Setup", BS_PUSHBUTTON, {240, 92, 44, 12}},
+    {IDC_HISTORY, "Button", "History", BS_AUTOCHECKBOX, {8, 116, 68, 8}},
+    {IDC_TRACE_SETUP, "Button", "Setup", BS_PUSHBUTTON, {96, 116, 44, 12}},
+    {IDC_SKIP_CALLS, "Button", "Skip API calls", BS_AUTOCHECKBOX, {152, 116, 59, 8}},
+    {IDC_SKIP_SETUP, "Button", "Setup", BS_PUSHBUTTON, {240, 116, 44, 12}},
+    {IDC_CONTROL_DRAWING, "Button", "Control drawing", BS_AUTOCHECKBOX, {8, 104, 76, 10}},
 };
 
 static std::string rect_text(const RECT &rect)
@@ -86,7 +87,7 @@ static void check_controls(HWND dialog)
                 abs(rect.bottom - wanted.bottom) <= 2)
                 rect = wanted;
         }
-        seen += control_line(id, kind, panel_text(dialog, id), style_ok, rect);
+        seen += control_line(id, kind, control_text(dialog, id), style_ok, rect);
     }
     check(seen == expected, "controls:\n%s\nexpected:\n%s", seen.c_str(), expected.c_str());
 }
@@ -151,68 +152,66 @@ static void check_frame(HWND dialog)
 static void check_boxes_at_start(HWND dialog)
 {
     std::string boxes;
-    for (int id : {PANEL_GL_ERRORS, PANEL_CONTROL_DRAWING, PANEL_HISTORY, PANEL_BREAK_ON_CALLS, PANEL_BREAK_ON_SWAP,
-                   PANEL_SKIP_CALLS})
-        boxes += std::to_string(id) + "=" + std::to_string(panel_check(dialog, id)) + " ";
+    for (int id : {IDC_GL_ERRORS, IDC_CONTROL_DRAWING, IDC_HISTORY, IDC_BREAK_ON_CALLS, IDC_BREAK_ON_SWAP,
+                   IDC_SKIP_CALLS})
+        boxes += std::to_string(id) + "=" + std::to_string(checked(dialog, id)) + " ";
     check(boxes == "114=0 115=0 116=1 118=0 120=0 121=0 ", "boxes at start: %s", boxes.c_str());
 }
 
 static void check_about(HWND dialog)
 {
-    check(find_panel_window("About quondale", 200) == nullptr, "the About box is shown at start");
-    panel_menu(dialog, PANEL_MENU_ABOUT);
-    HWND about = find_panel_window("About quondale", 2000);
+    check(find_dialog("About quondale", 0, 200) == nullptr, "the About box is shown at start");
+    menu(dialog, IDM_ABOUT);
+    HWND about = find_dialog("About quondale", 0, 2000);
     if (!about) {
         check(false, "File/About shows no About box");
         return;
     }
     std::string texts;
-    for (int id = 202; id <= 206; ++id)
-        texts += panel_text(about, id) + "|";
+    for (int id = IDC_ABOUT_VERSION; id <= IDC_ABOUT_CLOSE; ++id)
+        texts += control_text(about, id) + "|";
     check(texts == "quondale v2.2.3|First number - Major Version|Second number - Configuration file compatibility|"
                    "Third number - Bug fix record|Close|",
           "About box texts: %s", texts.c_str());
-    for (int id = 202; id <= 205; ++id)
+    for (int id = IDC_ABOUT_VERSION; id <= IDC_ABOUT_BUG_FIX; ++id)
         check((GetWindowLongA(GetDlgItem(about, id), GWL_STYLE) & SS_TYPEMASK) == SS_CENTER,
               "About text %d is not centred", id);
-    check((GetWindowLongA(GetDlgItem(about, 206), GWL_STYLE) & 0xF) == BS_DEFPUSHBUTTON, "Close is not the default");
+    check((GetWindowLongA(GetDlgItem(about, IDC_ABOUT_CLOSE), GWL_STYLE) & 0xF) == BS_DEFPUSHBUTTON, "Close is not the default");
     RECT client, wanted = {0, 0, 168, 81};
     GetClientRect(about, &client);
     MapDialogRect(about, &wanted);
     check(client.right == wanted.right && client.bottom == wanted.bottom, "About client %s, expected %s",
           rect_text(client).c_str(), rect_text(wanted).c_str());
 
-    panel_click(about, 206);
+    click(about, IDC_ABOUT_CLOSE);
     check(!IsWindowVisible(about), "Close left the About box on screen");
-    panel_menu(dialog, PANEL_MENU_ABOUT_QUONDALE);
+    menu(dialog, IDM_ABOUT_QUONDALE);
     check(IsWindowVisible(about), "Help/About quondale... shows no About box");
     // Closing only hides it: the same window comes back.
     SendMessageA(about, WM_CLOSE, 0, 0);
     check(IsWindow(about) && !IsWindowVisible(about), "closing the About box did not just hide it");
-    panel_menu(dialog, PANEL_MENU_ABOUT);
-    check(find_panel_window("About quondale", 2000) == about, "the About box came back as another window");
-    panel_click(about, 206);
+    menu(dialog, IDM_ABOUT);
+    check(find_dialog("About quondale", 0, 2000) == about, "the About box came back as another window");
+    click(about, IDC_ABOUT_CLOSE);
 }
 
 static void scenario()
 {
-    HWND dialog = find_control_window(0, PANEL_WAIT_MS);
-    if (!dialog)
-        panel_abort(nullptr, "no control window");
+    HWND dialog = control_window();
     check_frame(dialog);
     check_controls(dialog);
     check_boxes_at_start(dialog);
     check_about(dialog);
     driver_done();
-    panel_menu(dialog, PANEL_MENU_QUIT);
+    menu(dialog, IDM_QUIT);
 }
 
 static int child()
 {
     start_driver(scenario);
-    open_panel_gl_window();
+    open_gl_window(16, 16);
     glClear(GL_COLOR_BUFFER_BIT);
     wait_for_the_end();
 }
 
-int main(int argc, char **argv) { return panel_check_main(argc, argv, "panel_window", child); }
+int main(int argc, char **argv) { return check_main(argc, argv, "panel_window", child); }

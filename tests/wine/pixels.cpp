@@ -1,9 +1,9 @@
 // A scene drawn through quondale.dll comes out pixel for pixel as the system's opengl32 draws it.
 // Without arguments the program is the driver: it runs itself once without and once with the
 // debugger, each run writing a dump, and compares the two dumps.
-#include "testbed.h"
-#include "panel_continue.h"
+#include "harness.h"
 
+#include <cstdio>
 #include <cstring>
 #include <set>
 
@@ -117,11 +117,39 @@ static void draw_arrays()
     glDisableClientState(GL_VERTEX_ARRAY);
 }
 
+// PPM keeps the dumps readable by any image viewer when a comparison fails.
+static void write_ppm(const char *path, const std::vector<uint8_t> &rgb)
+{
+    FILE *file = fopen(path, "wb");
+    check(file != nullptr, "cannot write %s", path);
+    if (!file)
+        return;
+    fprintf(file, "P6\n%d %d\n255\n", side, side);
+    for (int y = side - 1; y >= 0; --y) // PPM rows run top to bottom
+        fwrite(&rgb[(size_t)y * side * 3], 3, side, file);
+    fclose(file);
+}
+
+static std::vector<uint8_t> read_ppm(const std::string &path)
+{
+    std::vector<uint8_t> rgb((size_t)side * side * 3);
+    FILE *file = fopen(path.c_str(), "rb");
+    int width = 0, height = 0, maximum = 0;
+    bool read = file && fscanf(file, "P6 %d %d %d", &width, &height, &maximum) == 3 && width == side &&
+                height == side && maximum == 255 && fgetc(file) == '\n';
+    for (int y = side - 1; y >= 0 && read; --y)
+        read = fread(&rgb[(size_t)y * side * 3], 3, side, file) == (size_t)side;
+    if (file)
+        fclose(file);
+    check(read, "%s is not a complete %dx%d image", path.c_str(), side, side);
+    return read ? rgb : std::vector<uint8_t>();
+}
+
+static const uint8_t *pixel_at(const std::vector<uint8_t> &rgb, int x, int y) { return &rgb[((size_t)y * side + x) * 3]; }
+
 static int draw(const char *dump_path)
 {
-    gl_window window;
-    if (!open_gl_window(&window, side, side, "pixels"))
-        return finish();
+    gl_window window = open_gl_window(side, side);
     glViewport(0, 0, side, side);
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
@@ -139,42 +167,74 @@ static int draw(const char *dump_path)
     draw_arrays();
 
     glReadBuffer(GL_BACK);
-    pixel_image image = read_pixels(side, side);
+    std::vector<uint8_t> rgb = read_rgb(side, side);
     GLenum error = glGetError();
-    if (error != GL_NO_ERROR)
-        fail("GL error 0x%04x after drawing", error);
-    write_ppm(dump_path, image);
+    check(error == GL_NO_ERROR, "GL error 0x%04x after drawing", error);
+    write_ppm(dump_path, rgb);
     SwapBuffers(window.dc);
     close_gl_window(&window);
-    return finish();
+    return finish("pixels --draw");
 }
 
 // Both dumps could agree on a picture that is wrong in the same way, say all background: a few
 // known pixels and the number of colours say the scene was drawn.
-static void check_scene(const pixel_image &image, const char *name)
+static void check_scene(const std::vector<uint8_t> &rgb)
 {
-    const unsigned char *corner = pixel_at(image, 0, side - 1);
-    if (corner[0] != 51 || corner[1] != 102 || corner[2] != 153)
-        fail("%s: top-left pixel is (%d, %d, %d), not the clear colour (51, 102, 153)", name, corner[0],
-             corner[1], corner[2]);
-    const unsigned char *rectangle = pixel_at(image, side * 15 / 16 - 2, side * 15 / 16 - 2);
-    if (rectangle[0] != 255 || rectangle[1] != 200 || rectangle[2] != 0)
-        fail("%s: the flat rectangle is (%d, %d, %d), not (255, 200, 0)", name, rectangle[0], rectangle[1],
-             rectangle[2]);
+    const uint8_t *corner = pixel_at(rgb, 0, side - 1);
+    check(corner[0] == 51 && corner[1] == 102 && corner[2] == 153,
+          "the top-left pixel is (%d, %d, %d), not the clear colour (51, 102, 153)", corner[0], corner[1], corner[2]);
+    const uint8_t *rectangle = pixel_at(rgb, side * 15 / 16 - 2, side * 15 / 16 - 2);
+    check(rectangle[0] == 255 && rectangle[1] == 200 && rectangle[2] == 0,
+          "the flat rectangle is (%d, %d, %d), not (255, 200, 0)", rectangle[0], rectangle[1], rectangle[2]);
     std::set<unsigned> colours;
     for (int pixel = 0; pixel < side * side; ++pixel)
-        colours.insert(image.rgb[pixel * 3] << 16 | image.rgb[pixel * 3 + 1] << 8 | image.rgb[pixel * 3 + 2]);
-    if (colours.size() < 100)
-        fail("%s: only %d colours; the shaded and lit parts are missing", name, int(colours.size()));
+        colours.insert(rgb[pixel * 3] << 16 | rgb[pixel * 3 + 1] << 8 | rgb[pixel * 3 + 2]);
+    check(colours.size() >= 100, "only %d colours; the shaded and lit parts are missing", (int)colours.size());
+}
+
+static std::string program_folder()
+{
+    char path[MAX_PATH];
+    DWORD length = GetModuleFileNameA(nullptr, path, MAX_PATH);
+    std::string folder(path, length);
+    return folder.substr(0, folder.find_last_of('\\') + 1);
+}
+
+// Runs this program again: with the debugger in place, beside the copies of quondale.dll and the
+// forwarding opengl32.dll; without, as a copy in a subfolder that holds no DLLs, so that the
+// loader finds the system's opengl32 as it would for any program.
+static int run_self(bool with_debugger, const std::string &arguments)
+{
+    char own[MAX_PATH];
+    GetModuleFileNameA(nullptr, own, MAX_PATH);
+    std::string program = own, folder = program_folder();
+    if (!with_debugger) {
+        folder += "system_gl\\";
+        CreateDirectoryA(folder.c_str(), nullptr);
+        program = folder + program.substr(program.find_last_of('\\') + 1);
+        check(CopyFileA(own, program.c_str(), FALSE), "cannot copy the program to %s", program.c_str());
+    }
+    std::string command = "\"" + program + "\" " + arguments;
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process = {};
+    if (!CreateProcessA(program.c_str(), &command[0], nullptr, nullptr, TRUE, 0, nullptr, folder.c_str(), &startup,
+                        &process))
+        return -1;
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD exit_code = DWORD(-1);
+    GetExitCodeProcess(process.hProcess, &exit_code);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return (int)exit_code;
 }
 
 int main(int argc, char **argv)
 {
-    // Halted at its first call, the program waits for a Continue.
-    continue_first_halts();
-    check_expected_mode(argc, argv);
-    if (const char *dump_path = argument_value(argc, argv, "draw"))
-        return draw(dump_path);
+    continue_first_halt(); // halted at its first call, the program waits for a Continue
+    check_gl_source(argc, argv);
+    if (argc > 4 && strcmp(argv[3], "--draw") == 0)
+        return draw(argv[4]);
 
     std::string system_dump = program_folder() + "pixels-system.ppm";
     std::string debugger_dump = program_folder() + "pixels-debugger.ppm";
@@ -182,31 +242,17 @@ int main(int argc, char **argv)
     DeleteFileA(debugger_dump.c_str());
     int system_exit = run_self(false, "--expect system --draw \"" + system_dump + "\"");
     int debugger_exit = run_self(true, "--expect debugger --draw \"" + debugger_dump + "\"");
-    if (system_exit != 0 || debugger_exit != 0) {
-        fail("drawing failed: exit code %d with the system's opengl32, %d through quondale.dll", system_exit,
-             debugger_exit);
-        return finish();
-    }
-    pixel_image system_image, debugger_image;
-    if (!read_ppm(system_dump.c_str(), &system_image) || !read_ppm(debugger_dump.c_str(), &debugger_image))
-        return finish();
-    check_scene(system_image, "system");
-    if (system_image.width != debugger_image.width || system_image.height != debugger_image.height) {
-        fail("the dumps differ in size");
-        return finish();
-    }
-    int differing = 0, first_x = -1, first_y = -1;
-    for (int y = 0; y < side; ++y)
-        for (int x = 0; x < side; ++x)
-            if (memcmp(pixel_at(system_image, x, y), pixel_at(debugger_image, x, y), 3) != 0 && differing++ == 0)
-                first_x = x, first_y = y;
-    if (differing != 0) {
-        const unsigned char *expected = pixel_at(system_image, first_x, first_y);
-        const unsigned char *actual = pixel_at(debugger_image, first_x, first_y);
-        fail("%d pixels differ between %s and %s; the first at (%d, %d): (%d, %d, %d) through quondale.dll, "
-             "(%d, %d, %d) from the system",
-             differing, debugger_dump.c_str(), system_dump.c_str(), first_x, first_y, actual[0], actual[1],
-             actual[2], expected[0], expected[1], expected[2]);
-    }
-    return finish();
+    check(system_exit == 0 && debugger_exit == 0, "drawing failed: exit code %d with the system's opengl32, %d through "
+          "quondale.dll", system_exit, debugger_exit);
+    std::vector<uint8_t> system_image = read_ppm(system_dump), debugger_image = read_ppm(debugger_dump);
+    if (system_image.empty() || debugger_image.empty())
+        return finish("pixels");
+    check_scene(system_image);
+    int differing = 0, first = -1;
+    for (int pixel = 0; pixel < side * side; ++pixel)
+        if (memcmp(&system_image[pixel * 3], &debugger_image[pixel * 3], 3) != 0 && differing++ == 0)
+            first = pixel;
+    check(differing == 0, "%d pixels differ between %s and %s, the first at (%d, %d)", differing,
+          debugger_dump.c_str(), system_dump.c_str(), first % side, first / side);
+    return finish("pixels");
 }

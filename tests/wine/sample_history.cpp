@@ -1,7 +1,9 @@
 // The sample program, run under the debugger for one frame with Continue pressed at its first
 // call (by tools/panel_press), leaves the history that expected/spinning_cube.gls holds, line for
 // line.
-#include "session_test.h"
+#include "harness.h"
+
+#include "panel/resource.h"
 
 #include <regex>
 
@@ -21,7 +23,7 @@ static std::string without_addresses(const std::string &text)
 
 int main()
 {
-    std::string temp = fresh_temp("sample");
+    std::string temp = child_temp("sample");
     CreateDirectoryA(temp.c_str(), nullptr);
     SetEnvironmentVariableA("TEMP", temp.c_str());
     std::string command = "\"" + program_folder_path() + "spinning_cube.exe\" --frames 1";
@@ -33,7 +35,7 @@ int main()
         return finish("sample_history");
     }
     // Continue pressed from outside, as the demo does it.
-    std::string press = "\"" + program_folder_path() + "panel_press.exe\" 109 60";
+    std::string press = "\"" + program_folder_path() + "panel_press.exe\" continue 60";
     PROCESS_INFORMATION presser;
     STARTUPINFOA presser_startup = {};
     presser_startup.cb = sizeof presser_startup;
@@ -64,15 +66,12 @@ int main()
     for (const std::string &name : files) {
         std::string expected_name = name == "0.gls" ? "spinning_cube_0.gls" : "spinning_cube.gls";
         std::string expected = read_file(program_folder_path() + "expected\\" + expected_name);
-        std::string on_disk;
-        for (char c : expected)
-            on_disk += c == '\n' ? std::string("\r\r\n") : std::string(1, c);
-        std::string found = without_addresses(read_file(history + name));
-        check(!expected.empty() && found == on_disk, "%s differs from %s; found:\n%s", name.c_str(),
-              expected_name.c_str(), found.c_str());
+        check(!expected.empty(), "no %s", expected_name.c_str());
+        check_text(name.c_str(), without_addresses(read_file(history + name)), on_disk(expected));
     }
     CloseHandle(process.hProcess);
     CloseHandle(process.hThread);
-    remove_tree(temp);
+    child_run sample = {temp, 0, false, "", "", ""};
+    clean_up(sample);
     return finish("sample_history");
 }

@@ -1,0 +1,611 @@
+#include "harness.h"
+
+#include "panel/resource.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+// ---------------------------------------------------------------------------------------------
+// Checks
+
+static int failures;
+
+void check(bool condition, const char *format, ...)
+{
+    if (condition)
+        return;
+    ++failures;
+    va_list args;
+    va_start(args, format);
+    printf("FAIL: ");
+    vprintf(format, args);
+    printf("\n");
+    va_end(args);
+    fflush(stdout);
+}
+
+int failure_count() { return failures; }
+
+int finish(const char *name)
+{
+    if (failures == 0)
+        printf("%s: passed\n", name);
+    else
+        printf("%s: %d failed\n", name, failures);
+    return failures == 0 ? 0 : 1;
+}
+
+void check_text(const char *what, const std::string &found, const std::string &expected)
+{
+    check(found == expected, "%s differs; found:\n%s\n-- expected:\n%s\n--", what, found.c_str(), expected.c_str());
+}
+
+int child_end() { return failures ? CHILD_CHECKS_FAILED : 0; }
+
+// ---------------------------------------------------------------------------------------------
+// Running myself as the application
+
+bool is_child(int argc, char **argv) { return argc > 1 && strcmp(argv[1], "child") == 0; }
+
+std::string read_file(const std::string &path)
+{
+    std::string text;
+    FILE *file = fopen(path.c_str(), "rb");
+    if (!file)
+        return text;
+    char buffer[4096];
+    size_t got;
+    while ((got = fread(buffer, 1, sizeof buffer, file)) > 0)
+        text.append(buffer, got);
+    fclose(file);
+    return text;
+}
+
+static void remove_tree(const std::string &path)
+{
+    WIN32_FIND_DATAA entry;
+    HANDLE search = FindFirstFileA((path + "\\*").c_str(), &entry);
+    if (search != INVALID_HANDLE_VALUE) {
+        do {
+            std::string name = entry.cFileName;
+            if (name == "." || name == "..")
+                continue;
+            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+                remove_tree(path + "\\" + name);
+            else
+                DeleteFileA((path + "\\" + name).c_str());
+        } while (FindNextFileA(search, &entry));
+        FindClose(search);
+    }
+    RemoveDirectoryA(path.c_str());
+}
+
+std::string child_temp(const char *label)
+{
+    char base[MAX_PATH];
+    GetTempPathA(sizeof base, base);
+    char folder[MAX_PATH + 64];
+    snprintf(folder, sizeof folder, "%squondale_%s_%lu", base, label, GetCurrentProcessId());
+    return folder;
+}
+
+child_run run_child(const char *label, const char *arguments, DWORD timeout_ms, bool make_temp)
+{
+    child_run run = {child_temp(label), ~0u, false, "", "", ""};
+    std::string work = run.temp + "_work";
+    remove_tree(work);
+    if (make_temp) {
+        remove_tree(run.temp);
+        CreateDirectoryA(run.temp.c_str(), nullptr);
+    }
+    CreateDirectoryA(work.c_str(), nullptr);
+    std::string dump = work + "\\dump.txt", facts = work + "\\facts.txt", errors = work + "\\stderr.txt";
+
+    SetEnvironmentVariableA("TEMP", run.temp.c_str());
+    SetEnvironmentVariableA("QUONDALE_RECORD_DUMP", dump.c_str());
+    SetEnvironmentVariableA("QUONDALE_FATAL_TO_STDERR", "1");
+    SetEnvironmentVariableA("QUONDALE_TEST_FACTS", facts.c_str());
+    SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
+    HANDLE error_file = CreateFileA(errors.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+    startup.hStdError = error_file;
+    // A desktop of its own, which Wine draws as a window with the frames and titles of the
+    // windows inside: a screenshot shows what a person sees, with no window manager needed.
+    startup.lpDesktop = (LPSTR)"quondale";
+    char module[MAX_PATH];
+    GetModuleFileNameA(nullptr, module, sizeof module);
+    std::string command = std::string("\"") + module + "\" child " + arguments;
+    PROCESS_INFORMATION process = {};
+    if (CreateProcessA(module, &command[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
+        if (WaitForSingleObject(process.hProcess, timeout_ms) == WAIT_TIMEOUT) {
+            run.timed_out = true;
+            TerminateProcess(process.hProcess, 99);
+            WaitForSingleObject(process.hProcess, 5000);
+        }
+        GetExitCodeProcess(process.hProcess, &run.exit_code);
+        CloseHandle(process.hProcess);
+        CloseHandle(process.hThread);
+    }
+    CloseHandle(error_file);
+    // The parent's own detach must not write over the child's dump.
+    SetEnvironmentVariableA("QUONDALE_RECORD_DUMP", nullptr);
+    SetEnvironmentVariableA("QUONDALE_TEST_FACTS", nullptr);
+    run.dump = read_file(dump);
+    run.facts = read_file(facts);
+    run.errors = read_file(errors);
+    remove_tree(work);
+    return run;
+}
+
+void expect_end(const child_run &run, DWORD exit_code)
+{
+    check(!run.timed_out, "the child hung");
+    check(run.exit_code == exit_code, "child exit code %lu, expected %lu", (unsigned long)run.exit_code,
+          (unsigned long)exit_code);
+    check(run.errors.empty(), "the child wrote to stderr: %s", run.errors.c_str());
+    if (run.facts.find("driver_done=") != std::string::npos) {
+        check(fact(run, "driver_done") == 1, "the driver did not finish");
+        check(fact(run, "driver_failures") == 0, "the driver found faults");
+    }
+}
+
+void clean_up(const child_run &run)
+{
+    remove_tree(run.temp);
+    DeleteFileA(run.temp.c_str());
+}
+
+int check_main(int argc, char **argv, const char *name, int (*child)())
+{
+    if (is_child(argc, argv))
+        return child();
+    child_run run = run_child(name);
+    expect_end(run);
+    clean_up(run);
+    return finish(name);
+}
+
+void write_fact(const char *key, unsigned long long value)
+{
+    char path[MAX_PATH];
+    if (!GetEnvironmentVariableA("QUONDALE_TEST_FACTS", path, sizeof path))
+        return;
+    FILE *file = fopen(path, "a");
+    if (!file)
+        return;
+    fprintf(file, "%s=%llu\n", key, value);
+    fclose(file);
+}
+
+unsigned long long fact(const child_run &run, const char *key)
+{
+    std::string pattern = std::string("\n") + key + "=";
+    std::string facts = "\n" + run.facts;
+    size_t at = facts.find(pattern);
+    return at == std::string::npos ? ~0ull : strtoull(facts.c_str() + at + pattern.size(), nullptr, 10);
+}
+
+std::string session_directory(const std::string &temp, DWORD thread)
+{
+    return temp + "\\QUONDALE_" + std::to_string(thread);
+}
+
+bool directory_exists(const std::string &path)
+{
+    DWORD attributes = GetFileAttributesA(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+std::string on_disk(const std::string &text)
+{
+    std::string result;
+    for (char c : text)
+        result += c == '\n' ? std::string("\r\r\n") : std::string(1, c);
+    return result;
+}
+
+static bool word_char(char c) { return isalnum((unsigned char)c) || c == '_'; }
+
+std::string substitute(std::string text, const std::vector<std::pair<std::string, std::string>> &names)
+{
+    // Longer keys first, so that a directory is named before the thread id inside it; a key that
+    // begins or ends with a word character matches only a whole word there.
+    std::vector<std::pair<std::string, std::string>> sorted = names;
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const auto &a, const auto &b) { return a.first.size() > b.first.size(); });
+    for (const auto &[key, value] : sorted) {
+        if (key.empty())
+            continue;
+        for (size_t at = text.find(key); at != std::string::npos; at = text.find(key, at)) {
+            size_t end = at + key.size();
+            bool whole = !(word_char(key.front()) && at > 0 && word_char(text[at - 1])) &&
+                         !(word_char(key.back()) && end < text.size() && word_char(text[end]));
+            if (whole) {
+                text.replace(at, key.size(), value);
+                at += value.size();
+            } else {
+                at = end;
+            }
+        }
+    }
+    return text;
+}
+
+// ---------------------------------------------------------------------------------------------
+// A GL window
+
+void pump_messages()
+{
+    MSG message;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+}
+
+gl_window open_window(int width, int height)
+{
+    HINSTANCE instance = GetModuleHandleA(nullptr);
+    WNDCLASSA window_class = {};
+    window_class.style = CS_OWNDC;
+    window_class.lpfnWndProc = DefWindowProcA;
+    window_class.hInstance = instance;
+    window_class.hCursor = LoadCursor(nullptr, IDC_ARROW);
+    window_class.lpszClassName = "quondale_check";
+    RegisterClassA(&window_class); // fails harmlessly for a second window
+    DWORD style = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN | WS_CLIPSIBLINGS;
+    RECT frame = {0, 0, width, height};
+    AdjustWindowRect(&frame, style, FALSE);
+    gl_window made = {};
+    made.width = width;
+    made.height = height;
+    made.window = CreateWindowA("quondale_check", "quondale check", style, 0, 0, frame.right - frame.left,
+                                frame.bottom - frame.top, nullptr, nullptr, instance, nullptr);
+    check(made.window != nullptr, "CreateWindow failed, error %lu", GetLastError());
+    ShowWindow(made.window, SW_SHOW);
+    pump_messages();
+    made.dc = GetDC(made.window);
+    return made;
+}
+
+void set_pixel_format(gl_window *window, int alpha_bits)
+{
+    PIXELFORMATDESCRIPTOR wanted = {};
+    wanted.nSize = sizeof wanted;
+    wanted.nVersion = 1;
+    wanted.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL | PFD_DOUBLEBUFFER;
+    wanted.iPixelType = PFD_TYPE_RGBA;
+    wanted.cColorBits = 24;
+    wanted.cAlphaBits = (BYTE)alpha_bits;
+    wanted.cDepthBits = 24;
+    wanted.iLayerType = PFD_MAIN_PLANE;
+    int format = ChoosePixelFormat(window->dc, &wanted);
+    check(format > 0 && SetPixelFormat(window->dc, format, &wanted), "no pixel format, error %lu", GetLastError());
+}
+
+gl_window open_gl_window(int width, int height, int alpha_bits)
+{
+    gl_window made = open_window(width, height);
+    set_pixel_format(&made, alpha_bits);
+    made.context = wglCreateContext(made.dc);
+    check(made.context && wglMakeCurrent(made.dc, made.context), "no current GL context, error %lu",
+          GetLastError());
+    return made;
+}
+
+void close_gl_window(gl_window *window)
+{
+    if (window->context) {
+        wglMakeCurrent(nullptr, nullptr);
+        wglDeleteContext(window->context);
+    }
+    ReleaseDC(window->window, window->dc);
+    DestroyWindow(window->window);
+    pump_messages();
+    *window = gl_window{};
+}
+
+std::vector<uint8_t> read_rgb(int width, int height)
+{
+    std::vector<uint8_t> rgb((size_t)width * height * 3);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glFinish();
+    glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, rgb.data());
+    return rgb;
+}
+
+bool debugger_loaded() { return GetModuleHandleA("quondale.dll") != nullptr; }
+
+void check_gl_source(int argc, char **argv)
+{
+    for (int at = 1; at + 1 < argc; ++at)
+        if (strcmp(argv[at], "--expect") == 0) {
+            bool want_debugger = strcmp(argv[at + 1], "debugger") == 0;
+            check(want_debugger == debugger_loaded(), "expected GL from %s, but quondale.dll is %s",
+                  want_debugger ? "quondale.dll" : "the system", debugger_loaded() ? "loaded" : "not loaded");
+        }
+}
+
+// ---------------------------------------------------------------------------------------------
+// The panel
+
+static void (*driver_scenario)();
+
+static DWORD WINAPI driver_thread(void *)
+{
+    driver_scenario();
+    return 0;
+}
+
+void start_driver(void (*scenario)())
+{
+    driver_scenario = scenario;
+    HANDLE thread = CreateThread(nullptr, 0, driver_thread, nullptr, 0, nullptr);
+    if (!thread)
+        give_up("the driver thread did not start");
+    CloseHandle(thread);
+}
+
+struct window_search {
+    const char *title;
+    DWORD thread;
+    HWND found;
+};
+
+static BOOL CALLBACK look_at_window(HWND window, LPARAM argument)
+{
+    window_search *search = (window_search *)argument;
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    char title[256];
+    if (process != GetCurrentProcessId() || !IsWindowVisible(window) || !GetWindowTextA(window, title, sizeof title) ||
+        strcmp(title, search->title) != 0)
+        return TRUE;
+    if (search->thread && control_text(window, IDC_THREAD_BANNER) != "App Process ID = " + std::to_string(search->thread))
+        return TRUE;
+    search->found = window;
+    return FALSE;
+}
+
+HWND find_dialog(const char *title, DWORD thread, DWORD timeout_ms)
+{
+    DWORD start = GetTickCount();
+    for (;;) {
+        window_search search = {title, thread, nullptr};
+        EnumWindows(look_at_window, (LPARAM)&search);
+        if (search.found || GetTickCount() - start > timeout_ms)
+            return search.found;
+        Sleep(20);
+    }
+}
+
+static HWND the_control_window;
+
+HWND control_window()
+{
+    if (!the_control_window)
+        the_control_window = find_dialog("quondale");
+    if (!the_control_window)
+        give_up("no control window");
+    return the_control_window;
+}
+
+std::string control_text(HWND dialog, int id)
+{
+    HWND control = GetDlgItem(dialog, id);
+    if (!control)
+        return "<no control " + std::to_string(id) + ">";
+    int length = (int)SendMessageA(control, WM_GETTEXTLENGTH, 0, 0);
+    std::string text(length + 1, '\0');
+    int got = (int)SendMessageA(control, WM_GETTEXT, length + 1, (LPARAM)&text[0]);
+    text.resize(got < 0 ? 0 : got);
+    return text;
+}
+
+std::vector<std::string> list_rows(HWND dialog, int id)
+{
+    std::vector<std::string> rows;
+    int count = (int)SendDlgItemMessageA(dialog, id, LB_GETCOUNT, 0, 0);
+    for (int row = 0; row < count; ++row) {
+        int length = (int)SendDlgItemMessageA(dialog, id, LB_GETTEXTLEN, row, 0);
+        std::string text(length + 1, '\0');
+        SendDlgItemMessageA(dialog, id, LB_GETTEXT, row, (LPARAM)&text[0]);
+        text.resize(length < 0 ? 0 : length);
+        rows.push_back(text);
+    }
+    return rows;
+}
+
+int checked(HWND dialog, int id) { return (int)SendDlgItemMessageA(dialog, id, BM_GETCHECK, 0, 0); }
+
+void click(HWND dialog, int id) { SendDlgItemMessageA(dialog, id, BM_CLICK, 0, 0); }
+
+void menu(HWND dialog, int id) { SendMessageA(dialog, WM_COMMAND, MAKEWPARAM(id, 0), 0); }
+
+void select_row(HWND dialog, int list_id, int row)
+{
+    HWND list = GetDlgItem(dialog, list_id);
+    SendMessageA(list, LB_SETCURSEL, row, 0);
+    SendMessageA(dialog, WM_COMMAND, MAKEWPARAM(list_id, LBN_SELCHANGE), (LPARAM)list);
+}
+
+bool wait_text(HWND dialog, int id, const std::string &text, DWORD timeout_ms)
+{
+    DWORD start = GetTickCount();
+    while (control_text(dialog, id) != text) {
+        if (GetTickCount() - start > timeout_ms)
+            return false;
+        Sleep(5);
+    }
+    return true;
+}
+
+void expect_halt_at(HWND control, const std::string &call)
+{
+    if (!wait_text(control, IDC_STATUS, "Halted"))
+        give_up(("no halt at " + call).c_str());
+    std::string shown = control_text(control, IDC_LAST_CALL);
+    check(shown == call, "halted at \"%s\", expected \"%s\"", shown.c_str(), call.c_str());
+}
+
+void give_up(const char *reason)
+{
+    std::string texts;
+    if (HWND control = the_control_window ? the_control_window : find_dialog("quondale", 0, 0))
+        for (int id : {IDC_THREAD_BANNER, IDC_CONTEXT_BANNER, IDC_LAST_CALL, IDC_STATUS})
+            texts += "\n  " + std::to_string(id) + ": \"" + control_text(control, id) + "\"";
+    else
+        texts = "\n  no control window";
+    printf("FAIL: %s; the panel shows:%s\n", reason, texts.c_str());
+    fflush(stdout);
+    ExitProcess(CHILD_CHECKS_FAILED);
+}
+
+void driver_done()
+{
+    write_fact("driver_failures", (unsigned long long)failures);
+    write_fact("driver_done", 1);
+}
+
+volatile LONG calls_returned;
+
+void returned() { InterlockedIncrement(&calls_returned); }
+
+void wait_for_the_end()
+{
+    for (;;)
+        Sleep(1000);
+}
+
+// Presses Continue on the first "Halted" of the control window and stops watching: a watcher that
+// still sends messages to the panel while the process ends can take the process down with it.
+static DWORD WINAPI continue_when_halted(void *)
+{
+    HWND control = find_dialog("quondale", 0, 60000);
+    if (control && wait_text(control, IDC_STATUS, "Halted", 60000))
+        click(control, IDC_CONTINUE);
+    return 0;
+}
+
+void continue_first_halt()
+{
+    HANDLE thread = CreateThread(nullptr, 0, continue_when_halted, nullptr, 0, nullptr);
+    if (thread)
+        CloseHandle(thread);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Screenshots: PNG with stored deflate blocks, which any viewer reads and which needs no library.
+
+static uint32_t crc32_of(const uint8_t *bytes, size_t count, uint32_t crc = 0)
+{
+    crc = ~crc;
+    for (size_t i = 0; i < count; ++i) {
+        crc ^= bytes[i];
+        for (int bit = 0; bit < 8; ++bit)
+            crc = crc >> 1 ^ (0xEDB88320u & (0u - (crc & 1)));
+    }
+    return ~crc;
+}
+
+static void put_u32(std::string *out, uint32_t value)
+{
+    for (int shift = 24; shift >= 0; shift -= 8)
+        out->push_back((char)(value >> shift));
+}
+
+static void put_chunk(std::string *out, const char *type, const std::string &data)
+{
+    put_u32(out, (uint32_t)data.size());
+    std::string body = std::string(type, 4) + data;
+    out->append(body);
+    put_u32(out, crc32_of((const uint8_t *)body.data(), body.size()));
+}
+
+static std::string png_of(int width, int height, const std::vector<uint8_t> &rgb)
+{
+    std::string raw;
+    for (int y = 0; y < height; ++y) {
+        raw.push_back(0);
+        raw.append((const char *)&rgb[(size_t)y * width * 3], (size_t)width * 3);
+    }
+    std::string z = "\x78\x01";
+    uint32_t a = 1, b = 0;
+    for (uint8_t c : raw) {
+        a = (a + c) % 65521;
+        b = (b + a) % 65521;
+    }
+    for (size_t at = 0; at < raw.size() || at == 0; at += 65535) {
+        size_t length = raw.size() - at < 65535 ? raw.size() - at : 65535;
+        z.push_back(at + length >= raw.size() ? 1 : 0);
+        z.push_back((char)(length & 255));
+        z.push_back((char)(length >> 8));
+        z.push_back((char)(~length & 255));
+        z.push_back((char)((~length >> 8) & 255));
+        z.append(raw, at, length);
+        if (raw.empty())
+            break;
+    }
+    put_u32(&z, b << 16 | a);
+    std::string png = "\x89PNG\r\n\x1a\n";
+    std::string header;
+    put_u32(&header, (uint32_t)width);
+    put_u32(&header, (uint32_t)height);
+    header += std::string("\x08\x02\x00\x00\x00", 5);
+    put_chunk(&png, "IHDR", header);
+    put_chunk(&png, "IDAT", z);
+    put_chunk(&png, "IEND", "");
+    return png;
+}
+
+void screenshot(HWND window, const char *name)
+{
+    RECT area = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    if (window) {
+        SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_SHOWWINDOW);
+        RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN | RDW_FRAME);
+        Sleep(300); // the X server draws what Wine asked for
+        GetWindowRect(window, &area);
+    }
+    int width = area.right - area.left, height = area.bottom - area.top;
+    HDC screen = GetDC(nullptr);
+    HDC memory = CreateCompatibleDC(screen);
+    HBITMAP bitmap = CreateCompatibleBitmap(screen, width, height);
+    HGDIOBJ old = SelectObject(memory, bitmap);
+    BitBlt(memory, 0, 0, width, height, screen, area.left, area.top, SRCCOPY);
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = -height; // top row first
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 24;
+    int stride = (width * 3 + 3) & ~3;
+    std::vector<uint8_t> bgr((size_t)stride * height), rgb((size_t)width * height * 3);
+    GetDIBits(memory, bitmap, 0, height, bgr.data(), &info, DIB_RGB_COLORS);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < 3; ++c)
+                rgb[((size_t)y * width + x) * 3 + c] = bgr[(size_t)y * stride + x * 3 + 2 - c];
+    SelectObject(memory, old);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    ReleaseDC(nullptr, screen);
+
+    char folder[MAX_PATH] = "screenshots";
+    GetEnvironmentVariableA("QUONDALE_SCREENSHOTS", folder, sizeof folder);
+    CreateDirectoryA(folder, nullptr);
+    std::string path = std::string(folder) + "\\" + name + ".png";
+    std::string png = png_of(width, height, rgb);
+    FILE *file = fopen(path.c_str(), "wb");
+    check(file && fwrite(png.data(), 1, png.size(), file) == png.size(), "cannot write %s", path.c_str());
+    if (file)
+        fclose(file);
+}
