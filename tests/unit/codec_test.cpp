@@ -414,10 +414,10 @@ class Execute : public Codec {
 protected:
     void SetUp() override
     {
-        saved_clear = gls_default_dispatch[181];
-        saved_get = gls_default_dispatch[237];
-        gls_default_dispatch[181] = (GlsFunc)fake_glClear;
-        gls_default_dispatch[237] = (GlsFunc)fake_glGetIntegerv;
+        saved_clear = gls_default_dispatch[OP_glClear];
+        saved_get = gls_default_dispatch[OP_glGetIntegerv];
+        gls_default_dispatch[OP_glClear] = (GlsFunc)fake_glClear;
+        gls_default_dispatch[OP_glGetIntegerv] = (GlsFunc)fake_glGetIntegerv;
         fake_clears = 0;
         fake_have_context = 0;
         Codec::SetUp();
@@ -426,8 +426,8 @@ protected:
     void TearDown() override
     {
         Codec::TearDown();
-        gls_default_dispatch[181] = saved_clear;
-        gls_default_dispatch[237] = saved_get;
+        gls_default_dispatch[OP_glClear] = saved_clear;
+        gls_default_dispatch[OP_glGetIntegerv] = saved_get;
     }
 
     GlsFunc saved_clear = nullptr, saved_get = nullptr;
@@ -436,17 +436,17 @@ protected:
 TEST_F(Execute, FlagsChooseExecuteWriteOrBoth)
 {
     capture();
-    glsCaptureFlags(181, 1);
+    glsCaptureFlags(OP_glClear, 1);
     dispatch_glClear(0x100);
     EXPECT_EQ(fake_clears, 1);
     EXPECT_EQ(fake_clear_mask, 0x100u);
-    glsCaptureFlags(181, 2);
+    glsCaptureFlags(OP_glClear, 2);
     dispatch_glClear(0x200);
     EXPECT_EQ(fake_clears, 1);
-    glsCaptureFlags(181, 3);
+    glsCaptureFlags(OP_glClear, 3);
     dispatch_glClear(0x400);
     EXPECT_EQ(fake_clears, 2);
-    glsCaptureFlags(181, 0);
+    glsCaptureFlags(OP_glClear, 0);
     dispatch_glClear(0x4000);
     EXPECT_EQ(fake_clears, 2);
     EXPECT_EQ(text(), "glClear(GL_ACCUM_BUFFER_BIT);\nglClear(GL_STENCIL_BUFFER_BIT);\n");
@@ -462,9 +462,8 @@ TEST_F(Execute, WithoutCaptureTheDispatchCallsTheRealEntry)
 
 TEST_F(Execute, WrapperForwarderWritesOnlyWhileACaptureIsOpen)
 {
-    typedef void (GLS_APIENTRY *ClearFunc)(GLbitfield);
-    ClearFunc wrapper = (ClearFunc)gls_wrapper_forwarders[181];
-    glsCaptureFlags(181, 3);
+    fn_glClear wrapper = (fn_glClear)gls_wrapper_forwarders[OP_glClear];
+    glsCaptureFlags(OP_glClear, 3);
     wrapper(0x4000);
     EXPECT_EQ(fake_clears, 0);
     capture();
@@ -489,9 +488,9 @@ TEST_F(Execute, EntryCallbackMayChangeTheFlagsOfTheCall)
     glsCaptureFunc(GLS_CAPTURE_ENTRY_FUNC, entry_lowers_flags);
     glsCaptureFunc(GLS_CAPTURE_EXIT_FUNC, exit_logs);
     capture();
-    glsCaptureFlags(181, 7);
+    glsCaptureFlags(OP_glClear, 7);
     dispatch_glClear(0x4000);   // entry leaves execute only: nothing is written
-    glsCaptureFlags(181, 2);
+    glsCaptureFlags(OP_glClear, 2);
     dispatch_glClear(0x4000);   // no callback bit: neither callback runs
     EXPECT_EQ(text(), "glClear(GL_COLOR_BUFFER_BIT);\n");
     EXPECT_EQ(fake_clears, 1);

@@ -27,7 +27,7 @@ size_t discard_bytes(size_t count, const void *) { return count; }
 TEST(ErrorWord, KeepsTheFirstErrorUntilRead)
 {
     glsGetError();
-    glsCaptureFlags(48, 3); // no context: state error
+    glsCaptureFlags(OP_glNewList, 3); // no context: state error
     glsStringType(999);     // would be a parameter error
     EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
     EXPECT_EQ(glsGetError(), GLS_NONE);
@@ -36,7 +36,7 @@ TEST(ErrorWord, KeepsTheFirstErrorUntilRead)
 TEST(ErrorWord, IsPerThread)
 {
     glsGetError();
-    glsCaptureFlags(48, 3);
+    glsCaptureFlags(OP_glNewList, 3);
     GLSenum seen_elsewhere = -1;
     std::thread other([&] { seen_elsewhere = glsGetError(); });
     other.join();
@@ -103,36 +103,36 @@ TEST(Contexts, OperationsWithoutAContextSetStateError)
 TEST(CaptureFlags, StartValuesFollowTheAttributeBytes)
 {
     ScopedContext scope;
-    EXPECT_EQ(glsGetCaptureFlags(181), 2u); // glClear
-    EXPECT_EQ(glsGetCaptureFlags(193), 3u); // glEnable: client command
-    EXPECT_EQ(glsGetCaptureFlags(347), 3u); // glVertexPointer
-    EXPECT_EQ(glsGetCaptureFlags(237), 2u); // glGetIntegerv: client, but a get command
-    EXPECT_EQ(glsGetCaptureFlags(350), 3u); // glPopClientAttrib
-    EXPECT_EQ(glsGetCaptureFlags(16), 0u);
-    EXPECT_EQ(glsGetCaptureFlags(20), 0u);
-    EXPECT_EQ(glsGetCaptureFlags(43), 0u);
-    EXPECT_EQ(glsGetCaptureFlags(44), 2u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glClear), 2u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glEnable), 3u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glVertexPointer), 3u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glGetIntegerv), 2u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glPopClientAttrib), 3u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glsBeginGLS), 0u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glsEndGLS), 0u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glsPad), 0u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glsString), 2u);
     EXPECT_EQ(glsGetError(), GLS_NONE);
 }
 
 TEST(CaptureFlags, RefusalsLeaveTheByte)
 {
     ScopedContext scope;
-    glsCaptureFlags(16, 3);
+    glsCaptureFlags(OP_glsBeginGLS, 3);
     EXPECT_EQ(glsGetError(), GLS_NONE);
-    EXPECT_EQ(glsGetCaptureFlags(16), 0u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glsBeginGLS), 0u);
 
-    glsCaptureFlags(48, 8);
+    glsCaptureFlags(OP_glNewList, 8);
     EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
-    EXPECT_EQ(glsGetCaptureFlags(48), 2u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glNewList), 2u);
 
     glsCaptureFlags(5, 1);
     EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
     EXPECT_EQ(glsGetCaptureFlags(400), 0u);
     EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
 
-    glsCaptureFlags(181, 7);
-    EXPECT_EQ(glsGetCaptureFlags(181), 7u);
+    glsCaptureFlags(OP_glClear, 7);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glClear), 7u);
 }
 
 TEST(Enable, AbortCallSilencesDecodingAndVertexArrayFlag)
@@ -174,46 +174,45 @@ void GLS_APIENTRY fake_capture_clear(GLbitfield mask)
 }
 
 struct FakeClear {
-    GlsFunc saved = gls_default_dispatch[181];
+    GlsFunc saved = gls_default_dispatch[OP_glClear];
     FakeClear()
     {
-        gls_default_dispatch[181] = (GlsFunc)fake_real_clear;
+        gls_default_dispatch[OP_glClear] = (GlsFunc)fake_real_clear;
         real_clear_calls = capture_clear_calls = 0;
         real_clear_depth_seen = -1;
     }
-    ~FakeClear() { gls_default_dispatch[181] = saved; }
+    ~FakeClear() { gls_default_dispatch[OP_glClear] = saved; }
 };
 
-typedef void(GLS_APIENTRY *ClearFunc)(GLbitfield);
 
 TEST(Dispatch, CaptureSwitchesTheThreadTableToForwarders)
 {
     FakeClear fake;
     ScopedContext scope;
     GlsContext *ctx = gls_current();
-    EXPECT_EQ(ctx->defaultDispatch[181], (GlsFunc)fake_real_clear);
+    EXPECT_EQ(ctx->defaultDispatch[OP_glClear], (GlsFunc)fake_real_clear);
 
     glsWriteFunc(discard_bytes);
     ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0));
-    EXPECT_EQ(ctx->defaultDispatch[181], gls_forwarders[181]);
-    EXPECT_EQ(ctx->callDispatch[181], gls_forwarders[181]);
+    EXPECT_EQ(ctx->defaultDispatch[OP_glClear], gls_forwarders[OP_glClear]);
+    EXPECT_EQ(ctx->callDispatch[181], gls_forwarders[OP_glClear]);
 
     // The forwarder hands the call to the capture function of the opcode...
     glsCommandFunc(GLS_CAPTURE_FUNC, 181, (GlsFunc)fake_capture_clear);
-    ((ClearFunc)ctx->defaultDispatch[181])(16384);
+    ((fn_glClear)ctx->defaultDispatch[OP_glClear])(16384);
     EXPECT_EQ(capture_clear_calls, 1);
     EXPECT_EQ(real_clear_calls, 0);
 
     // ...unless the codec itself is inside a real call: then it goes straight to GL.
     ctx->directCallDepth = 1;
-    ((ClearFunc)ctx->defaultDispatch[181])(256);
+    ((fn_glClear)ctx->defaultDispatch[OP_glClear])(256);
     ctx->directCallDepth = 0;
     EXPECT_EQ(capture_clear_calls, 1);
     EXPECT_EQ(real_clear_calls, 1);
     EXPECT_EQ(real_clear_depth_seen, 2);
 
     glsEndCapture();
-    EXPECT_EQ(ctx->defaultDispatch[181], (GlsFunc)fake_real_clear);
+    EXPECT_EQ(ctx->defaultDispatch[OP_glClear], (GlsFunc)fake_real_clear);
     EXPECT_EQ(glsGetError(), GLS_NONE);
 }
 
@@ -222,12 +221,12 @@ TEST(Dispatch, CaptureFunctionExecutesInsideTheGuard)
     FakeClear fake;
     ScopedContext scope;
     GlsContext *ctx = gls_current();
-    ClearFunc capture = (ClearFunc)ctx->captureFuncs[181];
+    fn_glClear capture = (fn_glClear)ctx->captureFuncs[OP_glClear];
 
-    glsCaptureFlags(181, 2); // write only
+    glsCaptureFlags(OP_glClear, 2); // write only
     capture(16384);
     EXPECT_EQ(real_clear_calls, 0);
-    glsCaptureFlags(181, 1); // execute
+    glsCaptureFlags(OP_glClear, 1); // execute
     capture(16384);
     EXPECT_EQ(real_clear_calls, 1);
     EXPECT_EQ(real_clear_depth_seen, 1);
@@ -248,8 +247,8 @@ TEST(Dispatch, EntryCallbackMayChangeTheFlags)
     ScopedContext scope;
     entry_calls = 0;
     glsCaptureFunc(GLS_CAPTURE_ENTRY_FUNC, lower_flags_on_entry);
-    glsCaptureFlags(181, 5); // callbacks and execute
-    ((ClearFunc)gls_current()->captureFuncs[181])(1);
+    glsCaptureFlags(OP_glClear, 5); // callbacks and execute
+    ((fn_glClear)gls_current()->captureFuncs[OP_glClear])(1);
     EXPECT_EQ(entry_calls, 1);
     EXPECT_EQ(real_clear_calls, 0); // the callback took the execute bit away
     glsCaptureFunc(GLS_CAPTURE_ENTRY_FUNC, nullptr);
@@ -271,7 +270,7 @@ TEST(CommandFunc, CallAndCaptureOverridesAndTheirDefaults)
     glsCommandFunc(GLS_CAPTURE_FUNC, 181, (GlsFunc)fake_capture_clear);
     EXPECT_EQ(glsGetCommandFunc(GLS_CAPTURE_FUNC, 181), (GlsFunc)fake_capture_clear);
     glsCommandFunc(GLS_CAPTURE_FUNC, 181, nullptr);
-    EXPECT_EQ(ctx->captureFuncs[181], gls_default_capture[181]);
+    EXPECT_EQ(ctx->captureFuncs[OP_glClear], gls_default_capture[181]);
     EXPECT_EQ(glsGetCommandFunc(GLS_NULL_FUNC, 181), gls_null_funcs[181]);
 
     glsCommandFunc(GLS_CAPTURE_FUNC, 400, (GlsFunc)fake_capture_clear);
