@@ -13,6 +13,7 @@ GL_XML is the Khronos registry, the source of the GL enumerant names. Writes int
     gls_names.cpp       GL and GLS enumerant pages and the alias table (enums.py)
     command_samples.cpp a call of every command, for the unit tests (capture.py)
     dispatch_calls.h    typed calls through a context's dispatch rows, for native tests
+    state_tables.cpp    the state catalogue (state/state_rows.tbl) and the enumerant names (state.py)
     quondale-x86_64.def, quondale-i686.def, opengl32-x86_64.def, opengl32-i686.def
 """
 import os
@@ -21,6 +22,7 @@ import sys
 
 import capture
 import enums
+import state
 
 OPCODE_COUNT = 496
 
@@ -501,6 +503,7 @@ def main():
     for arch in ('x86_64', 'i686'):
         write(os.path.join(outdir, 'quondale-%s.def' % arch), gen_def(table, arch))
     write(os.path.join(outdir, 'opengl32.def'), gen_forwarding_def(table))
+    write(os.path.join(outdir, 'state_tables.cpp'), state.gen_state_tables(sys.argv[3]))
 
 
 if __name__ == '__main__':

@@ -23,7 +23,7 @@ enum : int {
     STATE_ROW_COUNT = 411,
     STATE_VALUE_COUNT = 1536,
     ENUMERANT_ROWS = 1136,
-    ENUMERANT_ROWS_COPIED = 638,
+    ENUMERANT_ROWS_COPIED = 652, // the generated table's rows
     MASTER_PROC_ROWS = 10,
     MASTER_GL_ROWS = 32,
     RING_SLOTS = 64,
