@@ -22,6 +22,7 @@ OUTDIR (the build's gen folder, included as "gen/..."):
                         hooks.h their after-call hooks
     command_samples.cpp a call of every command, for the unit tests (capture.py)
     dispatch_calls.h    typed calls through a context's dispatch rows, for native tests
+    state_tables.cpp    the state catalogue (state/state_rows.tbl) and the enumerant names (state.py)
     quondale-x86_64.def, quondale-i686.def, opengl32.def
 """
 import os
@@ -29,6 +30,7 @@ import sys
 
 import capture
 import enums
+import state
 import table as tbl
 import wrappers
 
@@ -358,6 +360,7 @@ def main():
         'command_samples.cpp': capture.gen_samples(commands, HEADER),
         'dispatch_calls.h': capture.gen_dispatch_calls(commands, HEADER),
         'opengl32.def': gen_forwarding_def(table),
+        'state_tables.cpp': state.gen_state_tables(sys.argv[3]),
     }
     for arch in ('x86_64', 'i686'):
         outputs['quondale-%s.def' % arch] = gen_def(table, arch)

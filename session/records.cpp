@@ -3,6 +3,8 @@
 #include "session/records.h"
 #include "gen/gl_enums.h"
 
+#include "session/records.h"
+
 #include <cstdio>
 #include <cstring>
 
@@ -55,24 +57,15 @@ void fill_master(master *block, uint32_t owner)
         copy_name(block->gdi_names[row], gdi_call_names[row]);
     for (int row = 0; row < WGL_CALL_COUNT; ++row)
         copy_name(block->wgl_names[row], wgl_call_names[row]);
-    // The enumerant list and the state catalogue arrive with the state inspection; until then
-    // their rows are empty rather than undefined.
-    for (int row = 0; row < ENUMERANT_ROWS; ++row) {
-        block->enumerants[row].value = 0;
-        block->enumerants[row].name[0] = 0;
-    }
+    // Behind the copied names the rows are spare room: zero, which the name lookups walk through.
+    for (int row = 0; row < ENUMERANT_ROWS_COPIED; ++row)
+        block->enumerants[row] = enumerant_table[row];
+    for (int row = ENUMERANT_ROWS_COPIED; row < ENUMERANT_ROWS; ++row)
+        memset(&block->enumerants[row], 0, sizeof(enumerant_row));
     for (int row = 0; row < GL_CALL_COUNT; ++row)
         block->opcode_of_call[row] = opcode_of_call[row];
-    for (int row = 0; row < STATE_ROW_COUNT; ++row) {
-        state_row *state = &block->state_rows[row];
-        state->kind = 0;
-        state->first_enum = -1;
-        state->second_enum = -1;
-        state->third_enum = 0;
-        state->type = 0;
-        state->count = 0;
-        state->name[0] = 0;
-    }
+    for (int row = 0; row < STATE_ROW_COUNT; ++row)
+        block->state_rows[row] = state_catalogue[row];
     block->next_gl_id = 1;
     block->proc_count = 0;
     for (int row = 0; row < MASTER_PROC_ROWS; ++row) {

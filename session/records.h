@@ -258,6 +258,11 @@ struct library_table {
     int32_t call_depth;          // nesting of GLU calls, and the indent of history lines
 };
 
+// The constant tables that master copies when it is made: the state catalogue in the order of
+// the Select State list, and the enumerant names in byte order (generated from the registry).
+extern const state_row state_catalogue[STATE_ROW_COUNT];
+extern const enumerant_row enumerant_table[ENUMERANT_ROWS_COPIED];
+
 // Start values of each record, as session start and context attach set them.
 void fill_thread_record(thread_record *record, uint32_t id);
 void fill_master(master *block, uint32_t owner);
