@@ -64,12 +64,21 @@ def gen_wrappers(t, header):
 
 
 def gen_hooks_header(t, header):
+    """A hook shared by several rows takes their data pointers as const void *: the rows differ
+    in element type, and the hook reads no element through the pointer's type."""
+    rows_of = {}
+    for r in t.gl:
+        if r.hook:
+            rows_of.setdefault(r.hook, []).append(r)
     out = [header, '#pragma once\n\n#include "session/records.h"\n#include "gen/calls.h"\n\n',
            '// After-call hooks: the record and the arguments of the call.\n']
-    seen = set()
-    for r in t.gl:
-        if r.hook and r.hook not in seen:
-            seen.add(r.hook)
-            params = ''.join(', ' + p.decl() for p in r.params)
-            out.append('void %s(thread_record *record%s);\n' % (r.hook, params))
+    for hook, rows in rows_of.items():
+        shared = len(rows) > 1
+        params = []
+        for p in rows[0].params:
+            params.append('const void *%s' % p.name if shared and p.is_pointer else p.decl())
+        for r in rows[1:]:
+            if [p.ctype for p in r.params if not p.is_pointer] != [p.ctype for p in rows[0].params if not p.is_pointer]:
+                raise ValueError('%s shares %s with %s but not its arguments' % (r.name, hook, rows[0].name))
+        out.append('void %s(thread_record *record%s);\n' % (hook, ''.join(', ' + p for p in params)))
     return ''.join(out)

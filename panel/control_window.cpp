@@ -1,8 +1,7 @@
 // The control window and the About box: their window functions, the end of everything, and
 // the entry points through which the application's thread updates the control window.
-#include "panel/control_window.h"
-
 #include "panel/panel.h"
+
 #include "panel/panel_text.h"
 #include "panel/resource.h"
 
@@ -14,46 +13,6 @@
 
 #include <cstdarg>
 #include <cstdio>
-
-// The caller's record: the application's thread and the panel thread hold the same one.
-static thread_record *current_record() { return (thread_record *)TlsGetValue(session_tls); }
-
-void panel_show(WindowHandle window, int index)
-{
-    ShowWindow(window, SW_SHOW);
-    current_record()->per_proc->shown[index] = 1;
-}
-
-void panel_hide(WindowHandle window, int index)
-{
-    ShowWindow(window, SW_HIDE);
-    current_record()->per_proc->shown[index] = 0;
-}
-
-void panel_warning(const char *format, ...)
-{
-    char text[PANEL_TEXT_SIZE];
-    va_list args;
-    va_start(args, format);
-    vsnprintf(text, sizeof text, format, args);
-    va_end(args);
-    MessageBoxA(nullptr, text, "Warning", MB_ICONEXCLAMATION | MB_SYSTEMMODAL);
-}
-
-WindowHandle control_rect(WindowHandle dialog, int id, RECT *rect)
-{
-    HWND control = GetDlgItem(dialog, id);
-    GetWindowRect(control, rect);
-    POINT corner = {rect->left, rect->top};
-    ScreenToClient(dialog, &corner);
-    rect->left = corner.x;
-    rect->top = corner.y;
-    corner = {rect->right, rect->bottom};
-    ScreenToClient(dialog, &corner);
-    rect->right = corner.x;
-    rect->bottom = corner.y;
-    return control;
-}
 
 static void set_control_text(const thread_record *record, int id, const char *text)
 {
@@ -99,12 +58,8 @@ void panel_update_all()
         if (record->per_proc->shown[index] == 1 && window)
             SendMessageA(window, WM_PANEL_REFRESH, 0, 0);
     }
-    // The open Call History, Display List and State windows are refreshed here once they exist.
-}
-
-void panel_history_changed()
-{
-    // Open Call History windows read their file again here once they exist.
+    history_refresh_all();
+    // The open Display List and State windows are refreshed here once they exist.
 }
 
 void panel_quit()

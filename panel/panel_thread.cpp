@@ -2,7 +2,6 @@
 // window, lets the application's thread go on, and serves messages until the process ends.
 #include "panel/panel_thread.h"
 
-#include "panel/control_window.h"
 #include "panel/panel.h"
 #include "panel/panel_text.h"
 #include "panel/resource.h"
@@ -22,10 +21,13 @@ struct dialog_row {
     DLGPROC window_function;
 };
 
-// Creation order of the dialogs. The rows of later windows take their places: 301 and 1101,
-// 701, 901, 501 ahead of the control window; 1201, 1301, 1401, 1501, 1701 behind it.
+// Creation order of the dialogs. The rows of later windows take their places: 701 and 501
+// ahead of the control window; 1201, 1301, 1401, 1501, 1701 behind it.
 static const dialog_row dialogs[] = {
     {IDD_ABOUT, &thread_record::about_window, about_window_function},
+    {IDD_CALL_COUNT, &thread_record::call_count_window, call_count_function},
+    {IDD_PRIM_COUNT, &thread_record::prim_count_window, prim_count_function},
+    {IDD_HISTORY_SELECT, &thread_record::history_select_window, history_select_function},
     {IDD_CONTROL, &thread_record::control_window, control_window_function},
 };
 
@@ -104,5 +106,5 @@ void panel_register()
     panel.show_last_call = show_last_call;
     panel.show_thread_and_context = show_thread_and_context;
     panel.update_all = panel_update_all;
-    panel.history_changed = panel_history_changed;
+    panel.history_changed = history_refresh_all;
 }

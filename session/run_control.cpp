@@ -72,6 +72,8 @@ int handle_event(thread_record *record)
     case EVENT_CLEAR_HISTORY:
         history_close(record);
         history_open(record, true);
+        // The windows read the file by name: its new first line must be on disk for them.
+        fflush(record->per_gl->history_file);
         post_event(&proc->ring_from_app, EVENT_HISTORY_CHANGED);
         return EVENT_RESULT_STAY;
     case EVENT_APPLY_TRACE_SET:

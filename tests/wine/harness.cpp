@@ -212,6 +212,14 @@ std::string on_disk(const std::string &text)
     return result;
 }
 
+std::string text_mode(const std::string &text)
+{
+    std::string result;
+    for (char c : text)
+        result += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    return result;
+}
+
 static bool word_char(char c) { return isalnum((unsigned char)c) || c == '_'; }
 
 std::string substitute(std::string text, const std::vector<std::pair<std::string, std::string>> &names)
@@ -429,6 +437,68 @@ int checked(HWND dialog, int id) { return (int)SendDlgItemMessageA(dialog, id, B
 void click(HWND dialog, int id) { SendDlgItemMessageA(dialog, id, BM_CLICK, 0, 0); }
 
 void menu(HWND dialog, int id) { SendMessageA(dialog, WM_COMMAND, MAKEWPARAM(id, 0), 0); }
+
+void post_command(HWND dialog, int id) { PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), 0); }
+
+// The edit control of the file dialog's name box: in the Explorer dialog a combo box (cmb13)
+// holds it, in the old one it is edt1 itself.
+static HWND name_box(HWND dialog)
+{
+    if (HWND edit = GetDlgItem(dialog, 0x480))
+        return edit;
+    HWND box = GetDlgItem(dialog, 0x47c);
+    for (HWND inner = box; inner;) {
+        char kind[32];
+        GetClassNameA(inner, kind, sizeof kind);
+        if (strcmp(kind, "Edit") == 0)
+            return inner;
+        inner = GetWindow(inner, GW_CHILD);
+    }
+    return nullptr;
+}
+
+static HWND save_button(HWND dialog)
+{
+    for (HWND child = GetWindow(dialog, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+        char kind[32];
+        GetClassNameA(child, kind, sizeof kind);
+        if (GetDlgCtrlID(child) == IDOK && strcmp(kind, "Button") == 0)
+            return child;
+    }
+    return nullptr;
+}
+
+bool save_as(const std::string &path)
+{
+    HWND dialog = find_dialog("Save As", 0, 10000);
+    HWND name = dialog ? name_box(dialog) : nullptr;
+    HWND save = dialog ? save_button(dialog) : nullptr;
+    if (!name || !save)
+        return false;
+    HWND owner = GetWindow(dialog, GW_OWNER);
+    // The dialog puts the offered name into the box while it sets itself up: type the path only
+    // once it stands there, and see that it stays.
+    DWORD start = GetTickCount();
+    char shown[MAX_PATH] = "";
+    while (GetTickCount() - start < 10000) {
+        GetWindowTextA(name, shown, sizeof shown);
+        if (shown[0] && path != shown) {
+            Sleep(100);
+            SendMessageA(name, WM_SETTEXT, 0, (LPARAM)path.c_str());
+        } else if (path == shown) {
+            break;
+        }
+        Sleep(20);
+    }
+    SendMessageA(save, BM_CLICK, 0, 0);
+    while (IsWindow(dialog) && IsWindowVisible(dialog) && GetTickCount() - start < 20000)
+        Sleep(20);
+    // The panel thread writes the file behind the dialog; a message to its window is served only
+    // once it is back in its loop.
+    if (owner)
+        SendMessageA(owner, WM_NULL, 0, 0);
+    return !IsWindowVisible(dialog);
+}
 
 void select_row(HWND dialog, int list_id, int row)
 {

@@ -67,6 +67,8 @@ bool directory_exists(const std::string &path);
 std::string read_file(const std::string &path);
 // A text as the history writer puts it on disk: every line feed becomes CR CR LF.
 std::string on_disk(const std::string &text);
+// A text as a write in text mode puts it on disk: every line feed becomes CR LF.
+std::string text_mode(const std::string &text);
 // Replaces every occurrence of each key by its value, in order: how a text with thread ids and
 // handles is compared with an expected text that names them.
 std::string substitute(std::string text, const std::vector<std::pair<std::string, std::string>> &names);
@@ -128,6 +130,12 @@ int checked(HWND dialog, int id);
 void click(HWND dialog, int id);
 // WM_COMMAND of a menu item.
 void menu(HWND dialog, int id);
+// A button's command posted, not sent: for the buttons that open a modal file dialog, which the
+// driver then answers with save_as.
+void post_command(HWND dialog, int id);
+// Answers the file dialog that a Save button opened: types path as the file name and presses
+// the dialog's Save button. False when no dialog came.
+bool save_as(const std::string &path);
 // Selects row of a list box as a click does, with its selection-change notice.
 void select_row(HWND dialog, int list_id, int row);
 // Waits until a control shows text exactly.

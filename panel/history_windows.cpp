@@ -1,0 +1,149 @@
+// The call history in two steps: the list of the session's GL contexts (dialog 901), and a
+// Call History window for each context (dialog 801) with the whole file as text.
+#include "panel/panel.h"
+
+#include "panel/panel_text.h"
+#include "panel/resource.h"
+#include "session/mmaps.h"
+#include "session/rings.h"
+
+#include <cstdio>
+
+static void history_select_refresh(HWND dialog)
+{
+    const thread_record *record = current_record();
+    const master *names = record->master;
+    HWND list = GetDlgItem(dialog, IDC_HISTORY_SELECT_LIST);
+    SendMessageA(list, LB_RESETCONTENT, 0, 0);
+    for (int32_t row = 0; row < names->gl_count; ++row) {
+        if (names->gl_table[row].proc_id != (int32_t)record->per_proc->id)
+            continue;
+        char text[PANEL_TEXT_SIZE];
+        snprintf(text, sizeof text, "GL context %d", names->gl_table[row].gl_id);
+        // The list sorts by text (context 10 before 2): the item data, not the place, is the row.
+        LRESULT at = SendMessageA(list, LB_ADDSTRING, 0, (LPARAM)text);
+        SendMessageA(list, LB_SETITEMDATA, at, row);
+    }
+}
+
+static INT_PTR CALLBACK history_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
+
+static void open_history_window(HWND dialog)
+{
+    thread_record *record = current_record();
+    HWND list = GetDlgItem(dialog, IDC_HISTORY_SELECT_LIST);
+    LRESULT selected = SendMessageA(list, LB_GETCURSEL, 0, 0);
+    if (selected < 0)
+        return;
+    int32_t row = (int32_t)SendMessageA(list, LB_GETITEMDATA, selected, 0);
+    per_gl *gl = open_per_gl(record, record->master->gl_table[row].handle);
+    if (!IsWindow(gl->history_window))
+        gl->history_window = CreateDialogParamA((HINSTANCE)record->module, MAKEINTRESOURCEA(IDD_HISTORY),
+                                                nullptr, history_function, 0);
+    ShowWindow(gl->history_window, SW_SHOW);
+    SendMessageA(gl->history_window, WM_PANEL_REFRESH, row, 0);
+}
+
+INT_PTR CALLBACK history_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
+{
+    switch (message) {
+    case WM_SIZE:
+        if (first == SIZE_RESTORED) {
+            centre_at_bottom(dialog, IDC_HISTORY_SELECT_CLOSE, LOWORD(second), HIWORD(second));
+            fill_above(dialog, IDC_HISTORY_SELECT_LIST, LOWORD(second), IDC_HISTORY_SELECT_CLOSE);
+        }
+        return TRUE;
+    case WM_CLOSE:
+        panel_hide(dialog, SHOWN_HISTORY_SELECT);
+        return TRUE;
+    case WM_DESTROY:
+        DestroyWindow(dialog);
+        return TRUE;
+    case WM_PANEL_REFRESH:
+        history_select_refresh(dialog);
+        return TRUE;
+    case WM_COMMAND:
+        // A single click is enough: any change of the selection opens the context's history.
+        if (LOWORD(first) == IDC_HISTORY_SELECT_LIST && HIWORD(first) == LBN_SELCHANGE)
+            open_history_window(dialog);
+        else if (LOWORD(first) == IDC_HISTORY_SELECT_CLOSE)
+            SendMessageA(dialog, WM_CLOSE, 0, 0);
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+static void history_refresh(HWND dialog, int32_t row)
+{
+    const thread_record *record = current_record();
+    char path[NAME_SIZE + 32];
+    snprintf(path, sizeof path, "%s\\history\\%d.gls", record->temp_dir, record->master->gl_table[row].handle);
+    // Read in text mode: the CR CR LF of the file comes back as the CR LF an edit control wants.
+    char *text = read_whole_file(path);
+    SetDlgItemTextA(dialog, IDC_HISTORY_TEXT, text ? text : "");
+    if (text)
+        block_free(text);
+}
+
+static INT_PTR CALLBACK history_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
+{
+    switch (message) {
+    case WM_SIZE:
+        if (first == SIZE_RESTORED) {
+            int width = LOWORD(second), height = HIWORD(second);
+            reach_right(dialog, IDC_HISTORY_SEARCH_TEXT, width);
+            keep_left_at_bottom(dialog, IDC_HISTORY_CLEAR, height);
+            centre_at_bottom(dialog, IDC_HISTORY_SAVE, width, height);
+            end_right_at_bottom(dialog, IDC_HISTORY_CLOSE, width, height);
+            fill_above(dialog, IDC_HISTORY_TEXT, width, IDC_HISTORY_CLEAR);
+        }
+        return TRUE;
+    case WM_CLOSE:
+        // Only hidden: the window keeps its handle and its search text.
+        ShowWindow(dialog, SW_HIDE);
+        return TRUE;
+    case WM_DESTROY:
+        DestroyWindow(dialog);
+        return TRUE;
+    case WM_PANEL_REFRESH:
+        SetWindowLongPtrA(dialog, DWLP_USER, (LONG_PTR)first);
+        history_refresh(dialog, (int32_t)first);
+        return TRUE;
+    case WM_COMMAND:
+        switch (LOWORD(first)) {
+        case IDC_HISTORY_SEARCH:
+            search_text(dialog, IDC_HISTORY_TEXT, IDC_HISTORY_SEARCH_TEXT);
+            return TRUE;
+        case IDC_HISTORY_CLEAR:
+            // The application's thread truncates the current context's file at its next wrapper
+            // and then has the open windows read it again (event 7).
+            post_event(&current_record()->per_proc->ring_to_app, EVENT_CLEAR_HISTORY);
+            return TRUE;
+        case IDC_HISTORY_SAVE:
+            save_edit_text_as(dialog, IDC_HISTORY_TEXT, "history.txt");
+            return TRUE;
+        case IDC_HISTORY_CLOSE:
+            SendMessageA(dialog, WM_CLOSE, 0, 0);
+            return TRUE;
+        }
+        return FALSE;
+    default:
+        return FALSE;
+    }
+}
+
+void history_refresh_all()
+{
+    const thread_record *record = current_record();
+    if (!record || !record->master)
+        return;
+    const master *names = record->master;
+    for (int32_t row = 0; row < names->gl_count; ++row) {
+        if (names->gl_table[row].proc_id != (int32_t)record->per_proc->id)
+            continue;
+        per_gl *gl = open_per_gl(record, names->gl_table[row].handle);
+        if (on_screen(gl->history_window))
+            SendMessageA(gl->history_window, WM_PANEL_REFRESH, row, 0);
+    }
+}

@@ -1,0 +1,149 @@
+// The counts of calls and primitives as a person reads them at a halt: the Primitive Count
+// window's thirteen lines for a known mix of primitives, the Call Count window's rows with the
+// "Non-zero calls" filter on and off, its search, and both Clear and Save buttons, the saved files
+// being the same text with the history's line ends.
+#include "harness.h"
+
+#include "panel/resource.h"
+
+static std::string temp_file(const char *name)
+{
+    char folder[MAX_PATH];
+    GetEnvironmentVariableA("TEMP", folder, sizeof folder);
+    std::string path = std::string(folder) + "\\" + name;
+    DeleteFileA(path.c_str());
+    return path;
+}
+
+static void check_primitive_count(HWND control)
+{
+    menu(control, IDM_PRIMITIVE_COUNT);
+    HWND window = find_dialog("Primitive Count");
+    if (!window)
+        give_up("no Primitive Count window");
+    // GL_LINES with 5 vertices, GL_QUADS with 7, GL_TRIANGLE_STRIP with 2 (too few), GL_LINE_LOOP
+    // with none, glDrawArrays(GL_TRIANGLES, 0, 6).
+    const std::string expected = "Total Points = 0\r\n"
+                                 "Total Lines = 3\r\n"
+                                 "   Lines = 2\r\n"
+                                 "   Line Loops = 1\r\n"
+                                 "   Line Strip = 0\r\n"
+                                 "Total Triangles = 2\r\n"
+                                 "   Triangles = 2\r\n"
+                                 "   Triangles Fans = 0\r\n"
+                                 "   Triangles Strip = 0\r\n"
+                                 "Total Quads = 1\r\n"
+                                 "   Quad = 1\r\n"
+                                 "   Quad Strip = 0\r\n"
+                                 "Total Polygons = 0";
+    check_text("the Primitive Count window", control_text(window, IDC_PRIM_COUNT_TEXT), expected);
+    screenshot(window, "primitive_count");
+    std::string saved = temp_file("primcount.txt");
+    post_command(window, IDC_PRIM_COUNT_SAVE);
+    check(save_as(saved), "no Save As dialog for the primitive counts");
+    check_text("primcount.txt", read_file(saved), text_mode(expected));
+    click(window, IDC_PRIM_COUNT_CLEAR);
+    std::string cleared = control_text(window, IDC_PRIM_COUNT_TEXT);
+    check(cleared.find("Total Lines = 0\r\n") != std::string::npos && cleared.find("= 1") == std::string::npos &&
+              cleared.find("= 2") == std::string::npos && cleared.find("= 3") == std::string::npos,
+          "after Clear: %s", cleared.c_str());
+    click(window, IDC_PRIM_COUNT_CLOSE);
+}
+
+static std::string rows_text(HWND window)
+{
+    std::string text;
+    for (const std::string &row : list_rows(window, IDC_CALL_COUNT_LIST))
+        text += row + "\n";
+    return text;
+}
+
+static void check_call_count(HWND control)
+{
+    menu(control, IDM_CALL_COUNT);
+    HWND window = find_dialog("Call Count");
+    if (!window)
+        give_up("no Call Count window");
+    // In the list's order, the rows of every function called: scalar forms under their vector
+    // form, glBindTexture and glDrawArrays on their EXT rows, Wine's pixel-format calls on the
+    // WGL rows; glFlush, where the program stands, not yet.
+    const std::string called = "glBegin - 4\n"
+                               "glBindTextureEXT - 1\n"
+                               "glClear - 1\n"
+                               "glColor3fv - 1,234\n"
+                               "glDrawArraysEXT - 1\n"
+                               "glEnableClientState - 1\n"
+                               "glEnd - 4\n"
+                               "glVertex3fv - 14\n"
+                               "glVertexPointer - 1\n"
+                               "wglChoosePixelFormat - 1\n"
+                               "wglCreateContext - 1\n"
+                               "wglMakeCurrent - 1\n"
+                               "wglSetPixelFormat - 1\n";
+    check_text("the Call Count rows", rows_text(window), called);
+    screenshot(window, "call_count");
+
+    SetDlgItemTextA(window, IDC_CALL_COUNT_TEXT, "1,234");
+    click(window, IDC_CALL_COUNT_SEARCH);
+    int selected = (int)SendDlgItemMessageA(window, IDC_CALL_COUNT_LIST, LB_GETCURSEL, 0, 0);
+    check(selected == 3, "searching \"1,234\" selected row %d", selected);
+    SetDlgItemTextA(window, IDC_CALL_COUNT_TEXT, "glFinish");
+    click(window, IDC_CALL_COUNT_SEARCH);
+    check_text("the search box", control_text(window, IDC_CALL_COUNT_TEXT), "glFinish - not found");
+
+    std::string saved = temp_file("callcount.txt");
+    post_command(window, IDC_CALL_COUNT_SAVE);
+    check(save_as(saved), "no Save As dialog for the call counts");
+    check_text("callcount.txt", read_file(saved), text_mode(called));
+    menu(window, IDM_NON_ZERO_CALLS);
+    std::vector<std::string> all = list_rows(window, IDC_CALL_COUNT_LIST);
+    check(all.size() == 544, "%d rows with the filter off, expected 544", (int)all.size());
+    click(window, IDC_CALL_COUNT_CLEAR);
+    menu(window, IDM_NON_ZERO_CALLS);
+    check_text("the rows after Clear", rows_text(window), "");
+    click(window, IDC_CALL_COUNT_CLOSE);
+}
+
+static void scenario()
+{
+    HWND control = control_window();
+    expect_halt_at(control, "glClear(GL_COLOR_BUFFER_BIT);");
+    click(control, IDC_BREAK_ON_CALLS); // the break set starts with glFlush in it
+    click(control, IDC_CONTINUE);
+    expect_halt_at(control, "glFlush();");
+    check_primitive_count(control);
+    check_call_count(control);
+    driver_done();
+    click(control, IDC_CONTINUE);
+}
+
+static void vertices(GLenum mode, int count)
+{
+    glBegin(mode);
+    for (int i = 0; i < count; ++i)
+        glVertex3f((float)i, 0, 0);
+    glEnd();
+}
+
+static int child()
+{
+    start_driver(scenario);
+    gl_window window = open_gl_window(32, 32);
+    glClear(GL_COLOR_BUFFER_BIT);
+    for (int i = 0; i < 1234; ++i)
+        glColor3f(1, 0, 0);
+    vertices(GL_LINES, 5);
+    vertices(GL_QUADS, 7);
+    vertices(GL_TRIANGLE_STRIP, 2);
+    vertices(GL_LINE_LOOP, 0);
+    static const GLfloat triangles[12] = {0, 0, 1, 0, 0, 1, 1, 1, 0, 1, 1, 0};
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(2, GL_FLOAT, 0, triangles);
+    glDrawArrays(GL_TRIANGLES, 0, 6);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    glFlush();
+    close_gl_window(&window);
+    return child_end();
+}
+
+int main(int argc, char **argv) { return check_main(argc, argv, "panel_counts", child); }

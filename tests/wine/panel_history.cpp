@@ -1,0 +1,108 @@
+// The call history read from inside the program: the context list names each GL context of the
+// session, picking one shows its whole file with CR LF line ends, Search finds text and says when
+// it finds none, Clear starts the current context's file anew, and Save writes the text with the
+// history's own line ends.
+#include "harness.h"
+
+#include "panel/resource.h"
+
+static std::string temp_file(const char *name)
+{
+    char folder[MAX_PATH];
+    GetEnvironmentVariableA("TEMP", folder, sizeof folder);
+    std::string path = std::string(folder) + "\\" + name;
+    DeleteFileA(path.c_str());
+    return path;
+}
+
+static HWND open_history_of(HWND control, int row)
+{
+    menu(control, IDM_CALL_HISTORY);
+    HWND select = find_dialog("Select GL Context");
+    if (!select)
+        give_up("no Select GL Context window");
+    check_text("the context list", list_rows(select, IDC_HISTORY_SELECT_LIST)[0] + ", " +
+                                       list_rows(select, IDC_HISTORY_SELECT_LIST)[1],
+               "GL context 1, GL context 2");
+    select_row(select, IDC_HISTORY_SELECT_LIST, row);
+    HWND history = find_dialog("Call History");
+    if (!history)
+        give_up("no Call History window");
+    return history;
+}
+
+static void scenario()
+{
+    HWND control = control_window();
+    expect_halt_at(control, "glClear(GL_COLOR_BUFFER_BIT);");
+    click(control, IDC_BREAK_ON_CALLS);
+    click(control, IDC_CONTINUE);
+    expect_halt_at(control, "glFlush();");
+
+    HWND history = open_history_of(control, 0);
+    const std::string first = "glsBeginGLS(1, 0);\r\n"
+                              "glsString(\"Info\", \"wglCreateContext\");\r\n"
+                              "glClear(GL_COLOR_BUFFER_BIT);\r\n"
+                              "glClearColor(0, 0, 1, 1);\r\n"
+                              "glsString(\"Info\", \"wglMakeCurrent\");\r\n"
+                              "glsEndGLS();\r\n"
+                              "glsBeginGLS(1, 0);\r\n"
+                              "glColor3fv({1, 0, 0});\r\n";
+    check_text("the first context's history", control_text(history, IDC_HISTORY_TEXT), first);
+    screenshot(history, "call_history");
+
+    // A search starts one behind the selection's end: the first finds the second frame's start,
+    // the next one wraps round to the first.
+    SetDlgItemTextA(history, IDC_HISTORY_SEARCH_TEXT, "glsBeginGLS");
+    click(history, IDC_HISTORY_SEARCH);
+    DWORD from = 0, to = 0;
+    SendDlgItemMessageA(history, IDC_HISTORY_TEXT, EM_GETSEL, (WPARAM)&from, (LPARAM)&to);
+    check(from == first.find("glsBeginGLS", 1) && to == from + 11, "the first search selected %lu to %lu", from, to);
+    click(history, IDC_HISTORY_SEARCH);
+    SendDlgItemMessageA(history, IDC_HISTORY_TEXT, EM_GETSEL, (WPARAM)&from, (LPARAM)&to);
+    check(from == 0, "the second search selected %lu", from);
+    SetDlgItemTextA(history, IDC_HISTORY_SEARCH_TEXT, "glEnd");
+    click(history, IDC_HISTORY_SEARCH);
+    check_text("the search box", control_text(history, IDC_HISTORY_SEARCH_TEXT), "glEnd - not found");
+
+    std::string saved = temp_file("history.txt");
+    post_command(history, IDC_HISTORY_SAVE);
+    check(save_as(saved), "no Save As dialog for the history");
+    check_text("history.txt", read_file(saved), text_mode(first));
+
+    // Clear works on the context that is current, the first one: the halted application takes
+    // the event at once and has the window read the file again.
+    click(history, IDC_HISTORY_CLEAR);
+    check(wait_text(history, IDC_HISTORY_TEXT, "glsBeginGLS(1, 0);\r\n", 5000), "after Clear the history shows:\n%s",
+          control_text(history, IDC_HISTORY_TEXT).c_str());
+    click(history, IDC_HISTORY_CLOSE);
+
+    HWND second = open_history_of(control, 1);
+    check_text("the second context's history", control_text(second, IDC_HISTORY_TEXT),
+               "glsBeginGLS(1, 0);\r\n"
+               "glClearColor(0, 1, 0, 1);\r\n"
+               "glsString(\"Info\", \"wglMakeCurrent\");\r\n"
+               "glsEndGLS();\r\n");
+    driver_done();
+    click(control, IDC_CONTINUE);
+}
+
+static int child()
+{
+    start_driver(scenario);
+    gl_window window = open_gl_window(32, 32);
+    HGLRC second = wglCreateContext(window.dc);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glClearColor(0, 0, 1, 1);
+    wglMakeCurrent(window.dc, second);
+    glClearColor(0, 1, 0, 1);
+    wglMakeCurrent(window.dc, window.context);
+    glColor3f(1, 0, 0);
+    glFlush();
+    wglMakeCurrent(nullptr, nullptr);
+    wglDeleteContext(second);
+    close_gl_window(&window);
+    return child_end();
+}
+
+int main(int argc, char **argv) { return check_main(argc, argv, "panel_history", child); }
