@@ -123,7 +123,7 @@ def items_of(r):
             prelude.append('GLuint bytes_%s = gls_call_lists_bytes(%s, %s);' % (n, a[1], a[0]))
             items.append(Item('gls_put_call_lists(writer, %s, %s, %s);' % (a[1], a[0], n), 0, 'bytes_' + n, 1))
         elif k == 'indices':
-            prelude.append('GLuint bytes_%s = gls_draw_elements_bytes(%s, %s);' % (n, a[1], a[0]))
+            prelude.append('GLuint bytes_%s = gls_draw_elements_bytes(%s, %s, %s);' % (n, a[1], a[0], n))
             items.append(Item('gls_put_draw_elements(writer, %s, %s, %s);' % (a[1], a[0], n), 0, 'bytes_' + n, 1))
         elif k in ('map1', 'map2'):
             elem, width = element(p)
@@ -132,8 +132,15 @@ def items_of(r):
             prelude.append('GLuint bytes_%s = gls_vertex_data_bytes(%s, %s);' % (n, a[0], a[1]))
             items.append(Item('writer->putGLvertexData(writer, %s, bytes_%s, %s);' % (a[0], n, n), 0, 'bytes_' + n, 1))
         elif k in ('image', 'bitmap'):
-            # Pixel data is written empty until the pixel routine takes the store state into account.
-            items.append(Item('writer->putGLubyteVector(writer, 0, nullptr);', 0, None, 1))
+            # The layout is taken before the command begins: the unpack state decides the size.
+            if k == 'bitmap':
+                fmt, typ, width, height, depth = 'GL_COLOR_INDEX', 'GL_BITMAP', a[0], a[1], None
+            else:
+                fmt, typ, width, height = a[:4]
+                depth = a[4] if len(a) > 4 else None
+            prelude.append('GlsPixelLayout pixels_%s = gls_pixel_layout(ctx, %s, %s, %s, %s, %s, %s, %s);' %
+                           (n, fmt, typ, width, height, depth or '1', 'true' if depth else 'false', n))
+            items.append(Item('gls_put_pixel_data(writer, &pixels_%s);' % n, 0, 'pixels_%s.bytes' % n, 1))
         else:
             raise ValueError('%s: unknown stream kind %s' % (n, k))
     return prelude, items
@@ -202,8 +209,11 @@ def capture_function(r):
     op = 'OP_' + r.name
     args = r.arg_names()
     out = ['static %s GLS_APIENTRY capture_%s(%s)\n{\n' % (r.ret, r.name, r.decl_params()),
-           '    GlsContext *ctx = gls_current();\n',
-           '    unsigned flags = ctx->captureFlags[%s];\n' % op]
+           '    GlsContext *ctx = gls_current();\n']
+    if r.arrays:
+        # The arrays' content stands for the call, whatever the call's own flags say.
+        out.append('    if (ctx->captureVertexArrays && %s(ctx, %s))\n        return;\n' % (r.arrays, args))
+    out.append('    unsigned flags = ctx->captureFlags[%s];\n' % op)
     if r.returns:
         out.append('    %s result = 0;\n' % r.ret)
     out.append('    if ((flags & GLS_CAPTURE_CALLBACK_BIT) && ctx->captureEntryFunc) {\n'

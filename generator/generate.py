@@ -187,7 +187,7 @@ def gen_gls_tables(t):
     cmds = t.command_list()
     gl_cmds = [r for r in cmds if r.family == 'gl']
     out = [HEADER, '#include "gls/gls.h"\n#include "gls/capture.h"\n#include "gen/commands.h"\n'
-           '#include "gls/tables.h"\n#include "gls/writer.h"\n\n']
+           '#include "gen/gl_enums.h"\n#include "gls/tables.h"\n#include "gls/writer.h"\n\n']
     names = ['nullptr'] * OPCODE_COUNT
     attrs = ['0'] * OPCODE_COUNT
     for r in cmds:
@@ -327,7 +327,7 @@ def vendor_extensions(t):
 
 def data_gl_names(t):
     names = [n for s in t.data.size_tables for n, c in s.counts if not n.startswith('GLS_')]
-    return names + [n for kind in t.data.named.values() for n in kind]
+    return names + [n for kind in t.data.named.values() for n in kind] + t.data.constants
 
 
 def main():

@@ -64,6 +64,7 @@ class Row:
         self.hook = None
         self.wrapper_family = None
         self.execute = None
+        self.arrays = None  # the vertex-array routine under GLS_CAPTURE_VERTEX_ARRAYS
         self.index = None  # row in its catalogue family
 
     @property
@@ -112,6 +113,7 @@ def parse_function(words, sig, comment):
     row.hook = keys.get('hook') or ('hook_' + row.name if 'hook' in fields else None)
     row.wrapper_family = keys.get('family')
     row.execute = keys.get('exec')
+    row.arrays = keys.get('arrays')
     if row.family == 'gl':
         row.opcode = int(fields[0])
         row.export = fields[1]
@@ -136,6 +138,7 @@ class Data:
         self.gls_enums = []     # [(name, value)]
         self.size_tables = []   # [SizeTable]
         self.named = {}         # 'boolean' | 'enum' -> [pname names]
+        self.constants = []     # GL names the code uses beyond the codec's own set
 
 
 def parse_table(path):
@@ -161,6 +164,8 @@ def parse_table(path):
                 default = int(keys.pop('default', 0))
                 counts = [(k, int(v)) for k, v in keys.items()]
                 data.size_tables.append(SizeTable(words[1], default, counts))
+            elif form == 'constants':
+                data.constants.extend(words[1:])
             elif form == 'named':
                 if words[1] not in ('boolean', 'enum'):
                     raise ValueError('named values are boolean or enum, not %s' % words[1])

@@ -8,6 +8,8 @@
 #include "gls/tables.h"
 #include "gls/writer.h"
 
+#include <cstring>
+
 GLuint gls_pname_count(GlsSizeTable table, GLenum pname)
 {
     if (table < 0 || table >= GLS_SIZE_TABLE_COUNT)
@@ -69,18 +71,19 @@ static GLuint index_size(GLenum type)
     return type == GL_UNSIGNED_BYTE ? 1 : type == GL_UNSIGNED_SHORT ? 2 : type == GL_UNSIGNED_INT ? 4 : 0;
 }
 
-GLuint gls_draw_elements_bytes(GLenum type, GLsizei count)
+// No indices, no bytes: the binary form then holds an empty item of the size it announced.
+GLuint gls_draw_elements_bytes(GLenum type, GLsizei count, const void *indices)
 {
-    return count > 0 ? index_size(type) * (GLuint)count : 0;
+    return count > 0 && indices ? index_size(type) * (GLuint)count : 0;
 }
 
 void gls_put_draw_elements(GlsWriter *w, GLenum type, GLsizei count, const void *indices)
 {
-    GLuint n = count > 0 ? (GLuint)count : 0;
+    GLuint n = count > 0 && indices ? (GLuint)count : 0;
     switch (type) {
-    case 0x1401: w->putGLubyteVector(w, n, indices); break;
-    case 0x1403: w->putGLushortVector(w, n, indices); break;
-    case 0x1405: w->putGLuintVector(w, n, indices); break;
+    case GL_UNSIGNED_BYTE: w->putGLubyteVector(w, n, indices); break;
+    case GL_UNSIGNED_SHORT: w->putGLushortVector(w, n, indices); break;
+    case GL_UNSIGNED_INT: w->putGLuintVector(w, n, indices); break;
     default: w->putGLubyteVector(w, 0, nullptr); break;
     }
 }
@@ -168,24 +171,6 @@ void gls_put_map_points(GlsWriter *w, const GlsMapLayout *map, int valueSize, co
     }
 }
 
-// Stride of a row of the interleaved formats GL_V2F to GL_T4F_C4F_N3F_V4F.
-static const GLuint interleaved_strides[14] = {8, 12, 12, 16, 24, 24, 40, 20, 32, 24, 32, 32, 48, 60};
-
-GLuint gls_vertex_data_bytes(GLenum format, GLint count)
-{
-    if (format < GL_V2F || format > GL_T4F_C4F_N3F_V4F || count <= 0)
-        return 0;
-    return interleaved_strides[format - GL_V2F] * (GLuint)count;
-}
-
-// The real function of a command, inside the direct-call guard.
-#define CALL_GL(ctx, name, ...)                                                                     \
-    do {                                                                                            \
-        int token = enterDirectCall(ctx, OP_##name);                                                \
-        ((fn_##name)gls_default_dispatch[OP_##name])(__VA_ARGS__);                                  \
-        leaveDirectCall(ctx, OP_##name, token);                                                     \
-    } while (0)
-
 // ---------------------------------------------------------------------------------------------
 // Client-state shadow: kept always, and GL is called too when there is a GL context.
 
@@ -199,8 +184,89 @@ bool gls_have_gl_context(GlsContext *ctx)
     return ctx->glInfo.haveGlContext != 0;
 }
 
+GLint gls_gl_integer(GlsContext *ctx, GLenum pname)
+{
+    GLint value = 0;
+    CALL_GL(ctx, glGetIntegerv, pname, &value);
+    return value;
+}
+
+GLboolean gls_gl_is_enabled(GlsContext *ctx, GLenum cap)
+{
+    int token = enterDirectCall(ctx, OP_glIsEnabled);
+    GLboolean enabled = ((fn_glIsEnabled)gls_default_dispatch[OP_glIsEnabled])(cap);
+    leaveDirectCall(ctx, OP_glIsEnabled, token);
+    return enabled;
+}
+
+const void *gls_gl_pointer(GlsContext *ctx, GLenum pname)
+{
+    void *pointer = nullptr;
+    CALL_GL(ctx, glGetPointerv, pname, &pointer);
+    return pointer;
+}
+
+static const GLubyte *gl_string(GlsContext *ctx, GLenum name)
+{
+    int token = enterDirectCall(ctx, OP_glGetString);
+    const GLubyte *text = ((fn_glGetString)gls_default_dispatch[OP_glGetString])(name);
+    leaveDirectCall(ctx, OP_glGetString, token);
+    return text;
+}
+
+static int leading_number(const char *text)
+{
+    int value = 0;
+    for (; *text >= '0' && *text <= '9' && value < 1000; ++text)
+        value = value * 10 + (*text - '0');
+    return value;
+}
+
+// The version splits at the first full stop; with no context (or no answer) it counts as 1.1.
+bool gls_gl_version_at_least(GlsContext *ctx, int major, int minor)
+{
+    GlsGlInfo *info = &ctx->glInfo;
+    if (info->glVersionMajor == -1) {
+        const char *text = gls_have_gl_context(ctx) ? (const char *)gl_string(ctx, GL_VERSION) : nullptr;
+        const char *point = text ? strchr(text, '.') : nullptr;
+        info->glVersionMajor = point ? leading_number(text) : 1;
+        info->glVersionMinor = point ? leading_number(point + 1) : 1;
+    }
+    return info->glVersionMajor > major || (info->glVersionMajor == major && info->glVersionMinor >= minor);
+}
+
+// A name of the extension string, whole: "GL_EXT_texture3D" is not "GL_EXT_texture".
+static bool has_extension(const char *list, const char *name)
+{
+    size_t length = strlen(name);
+    for (const char *p = list; p && (p = strstr(p, name)); p += length) {
+        bool starts = p == list || p[-1] == ' ';
+        bool ends = p[length] == 0 || p[length] == ' ';
+        if (starts && ends)
+            return true;
+    }
+    return false;
+}
+
+// GL 1.2 made the 3D unpack parameters core; before it they come with GL_EXT_texture3D.
+bool gls_have_texture_3d(GlsContext *ctx)
+{
+    GlsGlInfo *info = &ctx->glInfo;
+    if (info->extTexture3D == -1) {
+        if (!gls_have_gl_context(ctx))
+            info->extTexture3D = 0;
+        else
+            info->extTexture3D = gls_gl_version_at_least(ctx, 1, 2) ||
+                                 has_extension((const char *)gl_string(ctx, GL_EXTENSIONS), "GL_EXT_texture3D");
+    }
+    return info->extTexture3D != 0;
+}
+
+// GL refuses a negative stride or count and a size outside 1 to 4, and keeps what it had.
 static void keep_array(GlsClientArray *array, GLint size, GLenum type, GLsizei stride, const void *pointer, GLsizei count)
 {
+    if (stride < 0 || count < 0 || size < 1 || size > 4)
+        return;
     array->size = size;
     array->type = type;
     array->stride = stride;
@@ -330,9 +396,14 @@ void shadow_glDisableClientState(GlsContext *ctx, GLenum array)
 
 // Pixel store: the unpack and pack parameters, with the image height and skip images of 3D
 // textures.
+// Values GL refuses (a negative length or skip, an alignment other than 1, 2, 4, 8) leave the
+// store as it was.
 static void keep_pixel_store(GlsContext *ctx, GLenum pname, GLint value)
 {
     GlsPixelStore *unpack = &ctx->clientState.unpack, *pack = &ctx->clientState.pack;
+    bool alignment = pname == GL_UNPACK_ALIGNMENT || pname == GL_PACK_ALIGNMENT;
+    if (value < 0 || (alignment && value != 1 && value != 2 && value != 4 && value != 8))
+        return;
     switch (pname) {
     case GL_UNPACK_SWAP_BYTES: unpack->swapBytes = value; break;
     case GL_UNPACK_LSB_FIRST: unpack->lsbFirst = value; break;

@@ -1,5 +1,5 @@
-// The codec's parts that later work fills in: stream reading, vertex
-// data and the version and extension queries. Until then they write nothing and execute nothing.
+// The codec's parts that later work fills in: stream reading and the version and extension
+// queries. Until then they write nothing and execute nothing.
 #include "gls/gls.h"
 
 bool gls_extension_supported(const char *) { return false; }
@@ -8,4 +8,3 @@ bool gls_version_supported(GLSenum api, GLint major, GLint minor)
     return api == GLS_API_GLS && major == 1 && minor <= 0;
 }
 GLSenum gls_call_stream(const GLubyte *) { return GLS_NONE; }
-void gls_draw_vertex_array(GLenum, GLenum, GLint, const GLvoid *) {}

@@ -353,18 +353,6 @@ TEST_F(Codec, OutputPointersAndAddressesAreNumbers)
     EXPECT_EQ(text(), expected);
 }
 
-TEST_F(Codec, PixelCommandsWriteImageFlagsAndForNowNoData)
-{
-    capture();
-    dispatch_glDrawPixels(2, 1, 0x1907, 0x1401, nullptr);
-    dispatch_glBitmap(8, 1, 0, 0, 8, 0, (const GLubyte[]){0xFF});
-    dispatch_glPolygonStipple((const GLubyte[128]){});
-    EXPECT_EQ(text(),
-              "glDrawPixels(GLS_NONE)(2, 1, GL_RGB, GL_UNSIGNED_BYTE, {});\n"
-              "glBitmap(GLS_NONE)(8, 1, 0, 0, 8, 0, {});\n"
-              "glPolygonStipple(GLS_NONE)({});\n");
-}
-
 TEST_F(Codec, FrameOpensAndClosesTheStream)
 {
     ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0));

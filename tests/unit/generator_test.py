@@ -53,6 +53,17 @@ with tempfile.TemporaryDirectory() as out:
     check('((fn_glClear)table[OP_glClear])(mask)' in exports, 'glClear dispatches on its opcode')
     check('glBindTextureEXT' not in exports, 'EXT row exported')
 
+    # Image kinds and the vertex-array column become calls of the routines the table names.
+    tables = open(os.path.join(out, 'gls_tables.cpp')).read()
+    check('gls_pixel_layout(ctx, format, type, width, 1, 1, false, row)' in tables and
+          'gls_pixel_layout(ctx, format, type, height, 1, 1, false, column)' in tables, 'separable filter images')
+    check('gls_pixel_layout(ctx, format, type, width, height, depth, true, pixels)' in tables, 'volume image')
+    check('gls_pixel_layout(ctx, GL_COLOR_INDEX, GL_BITMAP, 32, 32, 1, false, mask)' in tables, 'stipple bitmap')
+    check('beginCommand(writer, OP_glBitmap, 28 + pixels_bitmap.bytes)' in tables, 'bitmap size')
+    check('if (ctx->captureVertexArrays && gls_capture_draw_elements(ctx, mode, count, type, indices))\n        return;'
+          in tables, 'vertex-array hand-over')
+    check(tables.count('ctx->captureVertexArrays') == 3, 'vertex-array rows')
+
 # A table out of catalogue order, or with a bad line, stops generation and names the line.
 source = open(table).read().splitlines()
 with tempfile.TemporaryDirectory() as out:

@@ -193,6 +193,13 @@ unsigned long long fact(const child_run &run, const char *key)
     return at == std::string::npos ? ~0ull : strtoull(facts.c_str() + at + pattern.size(), nullptr, 10);
 }
 
+std::string temp_path(const char *name)
+{
+    char folder[MAX_PATH];
+    GetEnvironmentVariableA("TEMP", folder, sizeof folder);
+    return std::string(folder) + "\\" + name;
+}
+
 std::string session_directory(const std::string &temp, DWORD thread)
 {
     return temp + "\\QUONDALE_" + std::to_string(thread);
@@ -468,36 +475,37 @@ static HWND save_button(HWND dialog)
     return nullptr;
 }
 
-bool save_as(const std::string &path)
+std::string save_as(const std::string &path)
 {
+    DeleteFileA(path.c_str());
     HWND dialog = find_dialog("Save As", 0, 10000);
     HWND name = dialog ? name_box(dialog) : nullptr;
     HWND save = dialog ? save_button(dialog) : nullptr;
     if (!name || !save)
-        return false;
-    HWND owner = GetWindow(dialog, GW_OWNER);
+        return "";
     // The dialog puts the offered name into the box while it sets itself up: type the path only
     // once it stands there, and see that it stays.
     DWORD start = GetTickCount();
     char shown[MAX_PATH] = "";
     while (GetTickCount() - start < 10000) {
         GetWindowTextA(name, shown, sizeof shown);
-        if (shown[0] && path != shown) {
-            Sleep(100);
+        if (shown[0] && path != shown)
             SendMessageA(name, WM_SETTEXT, 0, (LPARAM)path.c_str());
-        } else if (path == shown) {
+        else if (path == shown)
             break;
-        }
-        Sleep(20);
+        Sleep(50);
     }
     SendMessageA(save, BM_CLICK, 0, 0);
-    while (IsWindow(dialog) && IsWindowVisible(dialog) && GetTickCount() - start < 20000)
-        Sleep(20);
-    // The panel thread writes the file behind the dialog; a message to its window is served only
-    // once it is back in its loop.
-    if (owner)
-        SendMessageA(owner, WM_NULL, 0, 0);
-    return !IsWindowVisible(dialog);
+    // The panel thread writes the file once the dialog has returned: wait for it to stand still.
+    std::string text, last = "\x01";
+    while (GetTickCount() - start < 20000) {
+        text = read_file(path);
+        if (!text.empty() && text == last)
+            break;
+        last = text;
+        Sleep(200);
+    }
+    return text;
 }
 
 void select_row(HWND dialog, int list_id, int row)

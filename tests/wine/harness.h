@@ -61,6 +61,8 @@ int check_main(int argc, char **argv, const char *name, int (*child)());
 void write_fact(const char *key, unsigned long long value);
 unsigned long long fact(const child_run &run, const char *key);
 
+// A file of that name in this process's TEMP.
+std::string temp_path(const char *name);
 // The session directory of a thread below TEMP.
 std::string session_directory(const std::string &temp, DWORD thread);
 bool directory_exists(const std::string &path);
@@ -134,8 +136,9 @@ void menu(HWND dialog, int id);
 // driver then answers with save_as.
 void post_command(HWND dialog, int id);
 // Answers the file dialog that a Save button opened: types path as the file name and presses
-// the dialog's Save button. False when no dialog came.
-bool save_as(const std::string &path);
+// the dialog's Save button; then gives the file's text once the panel has written it (empty
+// when no dialog came or nothing was written).
+std::string save_as(const std::string &path);
 // Selects row of a list box as a click does, with its selection-change notice.
 void select_row(HWND dialog, int list_id, int row);
 // Waits until a control shows text exactly.
