@@ -1,5 +1,6 @@
 #include "analysis/counters.h"
 
+#include "analysis/reports.h"
 #include "gen/gl_enums.h"
 
 #include <cstdio>
@@ -50,6 +51,14 @@ void count_primitive(thread_record *record)
     case GL_POLYGON: proc->prim_polygons += 1; break;
     default: break; // no mode (-1) or one outside 0 to 9
     }
+    // Behind all counting: a polygon of three or four vertices has a primitive of its own. The
+    // hint says "glBegin" also where the polygon came from arrays.
+    if (proc->History == 0 || gl->primitive_mode != GL_POLYGON || proc->show_hints != 1)
+        return;
+    if (n == 3)
+        info_line("Info", "- Use glBegin(GL_TRIANGLES) instead of glBegin(GL_POLYGON) followed by 3 vertices.");
+    else if (n == 4)
+        info_line("Info", "- Use glBegin(GL_QUADS) instead of glBegin(GL_POLYGON) followed by 4 vertices.");
 }
 
 void clear_call_counts(per_proc *proc)

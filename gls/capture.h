@@ -122,3 +122,8 @@ void gls_put_pixel_data(GlsWriter *writer, const GlsPixelLayout *layout);
 bool gls_capture_draw_arrays(GlsContext *ctx, GLenum mode, GLint first, GLsizei count);
 bool gls_capture_draw_elements(GlsContext *ctx, GLenum mode, GLsizei count, GLenum type, const void *indices);
 bool gls_capture_array_element(GlsContext *ctx, GLint i);
+
+// The capture function of an opcode, its flags set to execute alone: how the debugger makes GL
+// calls of its own, inside the direct-call guard and with no trace in a recording. The flags
+// are not set back.
+GlsFunc gls_own_call(int opcode);

@@ -460,3 +460,9 @@ void shadow_glSelectBuffer(GlsContext *ctx, GLsizei size, GLuint *buffer)
         ctx->clientState.selectBuffer = buffer;
     }
 }
+
+GlsFunc gls_own_call(int opcode)
+{
+    glsCaptureFlags(opcode, GLS_CAPTURE_EXECUTE_BIT);
+    return gls_default_capture[opcode];
+}

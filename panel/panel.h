@@ -60,6 +60,10 @@ INT_PTR CALLBACK about_window_function(HWND dialog, UINT message, WPARAM first, 
 INT_PTR CALLBACK call_count_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK prim_count_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK history_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
+// Select GL Break, Trace and Skip (select_windows.cpp).
+INT_PTR CALLBACK break_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
+INT_PTR CALLBACK trace_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
+INT_PTR CALLBACK skip_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 
 // Entries of the application's thread (the table of panel hooks).
 void show_status(const char *text);

@@ -78,3 +78,29 @@
 #define IDC_HISTORY_CLEAR 805
 #define IDC_HISTORY_SAVE 806
 #define IDC_HISTORY_CLOSE 807
+
+// The three selection dialogs of one layout: the ids are their base (1200 Break, 1300 Trace,
+// 1400 Skip) plus these offsets; each has a menu of its own id.
+#define IDD_BREAK_SELECT 1201
+#define IDD_TRACE_SELECT 1301
+#define IDD_SKIP_SELECT 1401
+#define SELECT_LINE 3
+#define SELECT_SEARCH 4
+#define SELECT_SEARCH_TEXT 5
+#define SELECT_LIST 6
+#define SELECT_ALL 7
+#define SELECT_NONE 8
+#define SELECT_OK 9
+#define SELECT_CANCEL 10
+// Menu "Sets": remember and recall three sets; menu "Options" of the trace dialog.
+#define IDM_REMEMBER_SET_1 1
+#define IDM_REMEMBER_SET_2 2
+#define IDM_REMEMBER_SET_3 3
+#define IDM_RECALL_SET_1 4
+#define IDM_RECALL_SET_2 5
+#define IDM_RECALL_SET_3 6
+#define IDM_SHOW_PROBLEMS 7
+#define IDM_SHOW_HINTS 8
+#define IDM_LIMIT_DATA_DUMPS 9
+#define IDM_SHOW_DATA_ADDRESS 10
+#define IDM_CAPTURE_VERTEX_ARRAYS 11

@@ -10,6 +10,7 @@
 #include "session/panel_hooks.h"
 #include "session/report.h"
 #include "session/rings.h"
+#include "state/window_info.h"
 #include "gls/tables.h"
 
 #include <windows.h>
@@ -226,8 +227,10 @@ void attach_gl(thread_record *record, uint32_t context)
         fill_per_gl(gl, id, context);
         record->per_gl = gl;
         history_open(record, false);
-        if (context != 0)
+        if (context != 0) {
+            read_window_info(record);
             add_gl_table_row(record, gl);
+        }
     } else {
         // An earlier context: its history goes on in the same file.
         record->per_gl = gl;

@@ -1,20 +1,13 @@
 #include "session/control_draw.h"
 
 #include "gls/gls.h"
+#include "gls/capture.h"
 #include "gls/tables.h"
 #include "gen/gl_enums.h"
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-
-// The debugger's own GL calls go through the capture functions with execute-only flags, so
-// they run inside the direct-call guard and write nothing.
-static GlsFunc own_call(int opcode)
-{
-    glsCaptureFlags(opcode, GLS_CAPTURE_EXECUTE_BIT);
-    return gls_default_capture[opcode];
-}
 
 void apply_control_draw(thread_record *record)
 {
@@ -24,13 +17,13 @@ void apply_control_draw(thread_record *record)
     // The request waits for a call outside glBegin/glEnd, and for a context.
     if (record->per_gl->in_begin_end != 0 || record->per_gl->handle == 0)
         return;
-    fn_glDrawBuffer draw_buffer = (fn_glDrawBuffer)own_call(OP_glDrawBuffer);
-    fn_glReadBuffer read_buffer = (fn_glReadBuffer)own_call(OP_glReadBuffer);
+    fn_glDrawBuffer draw_buffer = (fn_glDrawBuffer)gls_own_call(OP_glDrawBuffer);
+    fn_glReadBuffer read_buffer = (fn_glReadBuffer)gls_own_call(OP_glReadBuffer);
     if (proc->control_draw_request == 1) {
         draw_buffer((GLenum)proc->saved_draw_buffer);
         read_buffer((GLenum)proc->saved_read_buffer);
     } else {
-        fn_glGetIntegerv get_integerv = (fn_glGetIntegerv)own_call(OP_glGetIntegerv);
+        fn_glGetIntegerv get_integerv = (fn_glGetIntegerv)gls_own_call(OP_glGetIntegerv);
         get_integerv(GL_DRAW_BUFFER, &proc->saved_draw_buffer);
         get_integerv(GL_READ_BUFFER, &proc->saved_read_buffer);
         draw_buffer(GL_FRONT);
@@ -63,7 +56,7 @@ void check_gl_error(thread_record *record)
     per_gl *gl = record->per_gl;
     if (gl->in_begin_end != 0 || gl->handle == 0)
         return;
-    fn_glGetError get_error = (fn_glGetError)own_call(OP_glGetError);
+    fn_glGetError get_error = (fn_glGetError)gls_own_call(OP_glGetError);
     GLenum error = get_error();
     if (error == 0)
         return;

@@ -1,0 +1,224 @@
+// Select GL Break, Select GL Trace and Select GL Skip: three dialogs of one design that choose
+// among the GL functions, each with three remembered sets; the trace dialog also carries the
+// Options menu of the reporting options.
+#include "panel/panel.h"
+
+#include "panel/panel_text.h"
+#include "panel/resource.h"
+#include "panel/search.h"
+#include "session/rings.h"
+
+#include <cstdio>
+#include <cstring>
+
+enum : int { SET_COUNT = 3 };
+
+// A dialog's sets belong to the process, not to a session: they are not in any record.
+struct select_kind {
+    int base;
+    int shown_index;
+    uint8_t call_control_row::*byte;
+    uint8_t (*sets)[SET_COUNT];
+};
+
+static uint8_t break_sets[GL_CALL_COUNT][SET_COUNT], trace_sets[GL_CALL_COUNT][SET_COUNT],
+    skip_sets[GL_CALL_COUNT][SET_COUNT];
+
+static const select_kind kinds[] = {
+    {1200, SHOWN_BREAK_SELECT, &call_control_row::break_on, break_sets},
+    {1300, SHOWN_TRACE_SELECT, &call_control_row::trace, trace_sets},
+    {1400, SHOWN_SKIP_SELECT, &call_control_row::skip, skip_sets},
+};
+
+static HWND list_of(HWND dialog, const select_kind &kind) { return GetDlgItem(dialog, kind.base + SELECT_LIST); }
+
+// The list is sorted by name, which is the catalogue's order: a position is a function's row.
+static void select_fill(HWND dialog, const select_kind &kind)
+{
+    HWND list = list_of(dialog, kind);
+    for (int row = 0; row < GL_CALL_COUNT; ++row)
+        SendMessageA(list, LB_ADDSTRING, 0, (LPARAM)gl_call_names[row]);
+}
+
+static void select_show_table(HWND dialog, const select_kind &kind)
+{
+    HWND list = list_of(dialog, kind);
+    const call_control_row *control = current_record()->per_proc->call_control;
+    SendMessageA(list, LB_SETSEL, FALSE, -1);
+    for (int row = 0; row < GL_CALL_COUNT; ++row)
+        if (control[row].*kind.byte == 1)
+            SendMessageA(list, LB_SETSEL, TRUE, row);
+}
+
+// Clears the whole column first: a running application can see a moment with nothing selected.
+static void select_apply(HWND dialog, const select_kind &kind)
+{
+    HWND list = list_of(dialog, kind);
+    call_control_row *control = current_record()->per_proc->call_control;
+    for (int row = 0; row < GL_CALL_COUNT; ++row)
+        control[row].*kind.byte = 0;
+    int selected[GL_CALL_COUNT];
+    int count = (int)SendMessageA(list, LB_GETSELCOUNT, 0, 0);
+    count = (int)SendMessageA(list, LB_GETSELITEMS, count < GL_CALL_COUNT ? count : GL_CALL_COUNT, (LPARAM)selected);
+    for (int i = 0; i < count; ++i)
+        if (selected[i] >= 0 && selected[i] < GL_CALL_COUNT)
+            control[selected[i]].*kind.byte = 1;
+}
+
+static void set_remember(HWND dialog, const select_kind &kind, int set)
+{
+    HWND list = list_of(dialog, kind);
+    for (int row = 0; row < GL_CALL_COUNT; ++row)
+        kind.sets[row][set] = SendMessageA(list, LB_GETSEL, row, 0) > 0 ? 1 : 0;
+}
+
+static void set_recall(HWND dialog, const select_kind &kind, int set)
+{
+    HWND list = list_of(dialog, kind);
+    SendMessageA(list, LB_SETSEL, FALSE, -1);
+    for (int row = 0; row < GL_CALL_COUNT; ++row)
+        if (kind.sets[row][set] == 1)
+            SendMessageA(list, LB_SETSEL, TRUE, row);
+}
+
+// The search of a multiple-selection list: from one behind the top visible row, each hit joins
+// the selection and comes to the top, so that repeated searches walk forward through the hits.
+static void select_search(HWND dialog, const select_kind &kind)
+{
+    HWND list = list_of(dialog, kind);
+    char needle[SEARCH_TEXT_SIZE];
+    GetDlgItemTextA(dialog, kind.base + SELECT_SEARCH_TEXT, needle, sizeof needle);
+    int count = (int)SendMessageA(list, LB_GETCOUNT, 0, 0);
+    int start = (int)SendMessageA(list, LB_GETTOPINDEX, 0, 0) + 1;
+    if (start >= count)
+        start = 0;
+    for (int pass = 0; pass < 2; ++pass) {
+        for (int row = pass ? 0 : start; row < count; ++row) {
+            char name[CALL_NAME_SIZE];
+            if (SendMessageA(list, LB_GETTEXTLEN, row, 0) >= CALL_NAME_SIZE)
+                continue;
+            SendMessageA(list, LB_GETTEXT, row, (LPARAM)name);
+            if (strstr(name, needle)) {
+                SendMessageA(list, LB_SETSEL, TRUE, row);
+                SendMessageA(list, LB_SETTOPINDEX, row, 0);
+                return;
+            }
+        }
+    }
+    char text[SEARCH_TEXT_SIZE + 16];
+    not_found_text(needle, text);
+    SetDlgItemTextA(dialog, kind.base + SELECT_SEARCH_TEXT, text);
+}
+
+static void select_layout(HWND dialog, const select_kind &kind, int width, int height)
+{
+    reach_right(dialog, kind.base + SELECT_LINE, width + 4);
+    reach_right(dialog, kind.base + SELECT_SEARCH_TEXT, width);
+    keep_left_at_bottom(dialog, kind.base + SELECT_ALL, height);
+    RECT r;
+    control_rect(dialog, kind.base + SELECT_ALL, &r);
+    int b = r.right - r.left, h = r.bottom - r.top;
+    int a = width - (b / 2 * 2 + 16);
+    const int centres[2] = {b / 2 + a / 3 + 8, b / 2 + 2 * a / 3 + 8};
+    const int ids[2] = {kind.base + SELECT_NONE, kind.base + SELECT_OK};
+    for (int i = 0; i < 2; ++i)
+        MoveWindow(GetDlgItem(dialog, ids[i]), centres[i] - b / 2, height - 4 - h, b, h, TRUE);
+    end_right_at_bottom(dialog, kind.base + SELECT_CANCEL, width, height);
+    fill_above(dialog, kind.base + SELECT_LIST, width, kind.base + SELECT_ALL);
+}
+
+// Options of the trace dialog: the check mark and the field go together, whatever the field held
+// before; the first two items start checked while their fields start at 0.
+static void toggle_option(HWND dialog, int item, int32_t per_proc::*field)
+{
+    HMENU menu = GetMenu(dialog);
+    bool checked = GetMenuState(menu, item, MF_BYCOMMAND) & MF_CHECKED;
+    CheckMenuItem(menu, item, MF_BYCOMMAND | (checked ? MF_UNCHECKED : MF_CHECKED));
+    current_record()->per_proc->*field = checked ? 0 : 1;
+}
+
+static bool option_command(HWND dialog, int id)
+{
+    per_proc *proc = current_record()->per_proc;
+    switch (id) {
+    case IDM_SHOW_PROBLEMS: toggle_option(dialog, id, &per_proc::show_problems); return true;
+    case IDM_SHOW_HINTS: toggle_option(dialog, id, &per_proc::show_hints); return true;
+    case IDM_LIMIT_DATA_DUMPS: toggle_option(dialog, id, &per_proc::limit_data_dumps); return true;
+    case IDM_SHOW_DATA_ADDRESS: toggle_option(dialog, id, &per_proc::show_data_address); return true;
+    case IDM_CAPTURE_VERTEX_ARRAYS: {
+        // Checking the item posts the event that disables the capture, as the item always has.
+        HMENU menu = GetMenu(dialog);
+        bool checked = GetMenuState(menu, id, MF_BYCOMMAND) & MF_CHECKED;
+        CheckMenuItem(menu, id, MF_BYCOMMAND | (checked ? MF_UNCHECKED : MF_CHECKED));
+        post_event(&proc->ring_to_app, checked ? EVENT_VERTEX_ARRAYS_ON : EVENT_VERTEX_ARRAYS_OFF);
+        return true;
+    }
+    default:
+        return false;
+    }
+}
+
+static INT_PTR select_function(const select_kind &kind, HWND dialog, UINT message, WPARAM first, LPARAM second)
+{
+    switch (message) {
+    case WM_SIZE:
+        if (first == SIZE_RESTORED)
+            select_layout(dialog, kind, LOWORD(second), HIWORD(second));
+        return TRUE;
+    case WM_INITDIALOG:
+        select_fill(dialog, kind);
+        return TRUE;
+    case WM_CLOSE:
+        panel_hide(dialog, kind.shown_index);
+        return TRUE;
+    case WM_DESTROY:
+        DestroyWindow(dialog);
+        return TRUE;
+    case WM_PANEL_REFRESH:
+        select_show_table(dialog, kind);
+        return TRUE;
+    case WM_COMMAND: {
+        int id = LOWORD(first);
+        if (id >= IDM_REMEMBER_SET_1 && id <= IDM_REMEMBER_SET_3) {
+            set_remember(dialog, kind, id - IDM_REMEMBER_SET_1);
+            return TRUE;
+        }
+        if (id >= IDM_RECALL_SET_1 && id <= IDM_RECALL_SET_3) {
+            set_recall(dialog, kind, id - IDM_RECALL_SET_1);
+            return TRUE;
+        }
+        if (kind.base == 1300 && option_command(dialog, id))
+            return TRUE;
+        HWND list = list_of(dialog, kind);
+        switch (id - kind.base) {
+        case SELECT_SEARCH: select_search(dialog, kind); return TRUE;
+        case SELECT_ALL: SendMessageA(list, LB_SETSEL, TRUE, -1); return TRUE;
+        case SELECT_NONE: SendMessageA(list, LB_SETSEL, FALSE, -1); return TRUE;
+        case SELECT_OK:
+            // The trace set reaches the codec only at its next set-up.
+            select_apply(dialog, kind);
+            SendMessageA(dialog, WM_CLOSE, 0, 0);
+            return TRUE;
+        case SELECT_CANCEL: SendMessageA(dialog, WM_CLOSE, 0, 0); return TRUE;
+        }
+        return FALSE;
+    }
+    default:
+        return FALSE;
+    }
+}
+
+INT_PTR CALLBACK break_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
+{
+    return select_function(kinds[0], dialog, message, first, second);
+}
+
+INT_PTR CALLBACK trace_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
+{
+    return select_function(kinds[1], dialog, message, first, second);
+}
+
+INT_PTR CALLBACK skip_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
+{
+    return select_function(kinds[2], dialog, message, first, second);
+}
