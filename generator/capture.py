@@ -32,12 +32,15 @@ NAMED_SLOTS = {
 
 
 class Item:
-    """One thing written: code, payload bytes (static and a run-time term), alignment."""
-    def __init__(self, code, size=0, dynamic=None, align=4):
+    """One thing written: code, payload bytes (static and a run-time term), alignment; and for
+    the reading side the parameter it carries (None for a filler or the image flags)."""
+    def __init__(self, code, size=0, dynamic=None, align=4, param=None, pad=0):
         self.code = code
         self.size = size
         self.dynamic = dynamic
         self.align = align
+        self.param = param
+        self.pad = pad
 
 
 def element(p):
@@ -79,25 +82,25 @@ def items_of(r):
     for p in r.params:
         k, a, n = p.kind, p.kind_args, p.name
         if n in overrides:
-            items.append(Item('writer->putGLint(writer, %s);' % overrides[n], 4))
+            items.append(Item('writer->putGLint(writer, %s);' % overrides[n], 4, param=p))
         elif k is None and p.is_pointer:
             if 'const' in p.ctype:
                 raise ValueError('%s: an input pointer needs a stream kind' % n)
-            items.append(Item('writer->putGLoutArg(writer, %d, %s);' % (out_index, n), 8, align=8))
+            items.append(Item('writer->putGLoutArg(writer, %d, %s);' % (out_index, n), 8, align=8, param=p))
             out_index += 1
         elif k is None or k in NAMED_SLOTS:
             slot = NAMED_SLOTS.get(k) or SCALAR_SLOTS.get(p.base)
             if not slot:
                 raise ValueError('%s: %s needs a stream kind' % (n, p.ctype))
             width = ELEMENTS.get(p.base, ('', 4))[1]
-            items.append(Item('writer->%s(writer, %s);' % (slot, n), width, align=width))
+            items.append(Item('writer->%s(writer, %s);' % (slot, n), width, align=width, param=p))
         elif k == 'hex':
             slot = {'GLuint': 'putGLuintHex', 'GLushort': 'putGLushortHex'}[p.base]
             width = ELEMENTS[p.base][1]
-            items.append(Item('writer->%s(writer, %s);' % (slot, n), width, align=width))
+            items.append(Item('writer->%s(writer, %s);' % (slot, n), width, align=width, param=p))
         elif k == 'byEnum' and not p.is_pointer:
             elem, width = element(p)
-            items.append(Item('writer->putGL%sByEnum(writer, %s, %s);' % (elem, a[0], n), width, align=width))
+            items.append(Item('writer->putGL%sByEnum(writer, %s, %s);' % (elem, a[0], n), width, align=width, param=p))
         elif k in ('vec', 'byEnum'):
             elem, width = element(p)
             count = count_expr(a[0], prelude, 'count_' + n)
@@ -106,31 +109,31 @@ def items_of(r):
             else:
                 code = 'writer->putGL%sVectorByEnum(writer, %s, %s, %s);' % (elem, a[0].split(':')[0], count, n)
             if count.isdigit():
-                items.append(Item(code, width * int(count), align=width))
+                items.append(Item(code, width * int(count), align=width, param=p))
             else:
-                items.append(Item(code, 0, '%d * %s' % (width, count), align=width))
+                items.append(Item(code, 0, '%d * (uint64_t)%s' % (width, count), align=width, param=p))
         elif k == 'matrix':
             elem, width = element(p)
-            items.append(Item('writer->putGL%sMatrix(writer, %s);' % (elem, n), 16 * width, align=width))
+            items.append(Item('writer->putGL%sMatrix(writer, %s);' % (elem, n), 16 * width, align=width, param=p))
         elif k == 'string':
             prelude.append('GLuint size_%s = gls_string_field_size(ctx, %s);' % (n, n))
-            items.append(Item('writer->putString(writer, size_%s, %s);' % (n, n), 0, 'size_' + n))
+            items.append(Item('writer->putString(writer, size_%s, %s);' % (n, n), 0, 'size_' + n, param=p))
         elif k == 'pointer':
-            items.append(Item('writer->putGLpointer(writer, %s);' % n, 8, align=8))
+            items.append(Item('writer->putGLpointer(writer, %s);' % n, 8, align=8, param=p))
         elif k == 'header':
-            items.append(Item('writer->putGLintHeader(writer, %s, %s);' % (a[0], n), 4))
+            items.append(Item('writer->putGLintHeader(writer, %s, %s);' % (a[0], n), 4, param=p))
         elif k == 'callLists':
-            prelude.append('GLuint bytes_%s = gls_call_lists_bytes(%s, %s);' % (n, a[1], a[0]))
-            items.append(Item('gls_put_call_lists(writer, %s, %s, %s);' % (a[1], a[0], n), 0, 'bytes_' + n, 1))
+            prelude.append('uint64_t bytes_%s = gls_call_lists_bytes(%s, %s);' % (n, a[1], a[0]))
+            items.append(Item('gls_put_call_lists(writer, %s, %s, %s);' % (a[1], a[0], n), 0, 'bytes_' + n, 1, param=p))
         elif k == 'indices':
-            prelude.append('GLuint bytes_%s = gls_draw_elements_bytes(%s, %s, %s);' % (n, a[1], a[0], n))
-            items.append(Item('gls_put_draw_elements(writer, %s, %s, %s);' % (a[1], a[0], n), 0, 'bytes_' + n, 1))
+            prelude.append('uint64_t bytes_%s = gls_draw_elements_bytes(%s, %s, %s);' % (n, a[1], a[0], n))
+            items.append(Item('gls_put_draw_elements(writer, %s, %s, %s);' % (a[1], a[0], n), 0, 'bytes_' + n, 1, param=p))
         elif k in ('map1', 'map2'):
             elem, width = element(p)
-            items.append(Item('gls_put_map_points(writer, &map, %d, %s);' % (width, n), 0, '%d * map.values' % width, align=width))
+            items.append(Item('gls_put_map_points(writer, &map, %d, %s);' % (width, n), 0, '%d * map.values' % width, align=width, param=p))
         elif k == 'vertexData':
-            prelude.append('GLuint bytes_%s = gls_vertex_data_bytes(%s, %s);' % (n, a[0], a[1]))
-            items.append(Item('writer->putGLvertexData(writer, %s, bytes_%s, %s);' % (a[0], n, n), 0, 'bytes_' + n, 1))
+            prelude.append('uint64_t bytes_%s = gls_vertex_data_bytes(%s, %s);' % (n, a[0], a[1]))
+            items.append(Item('writer->putGLvertexData(writer, %s, (GLuint)bytes_%s, %s);' % (a[0], n, n), 0, 'bytes_' + n, 1, param=p))
         elif k in ('image', 'bitmap'):
             # The layout is taken before the command begins: the unpack state decides the size.
             if k == 'bitmap':
@@ -140,7 +143,7 @@ def items_of(r):
                 depth = a[4] if len(a) > 4 else None
             prelude.append('GlsPixelLayout pixels_%s = gls_pixel_layout(ctx, %s, %s, %s, %s, %s, %s, %s);' %
                            (n, fmt, typ, width, height, depth or '1', 'true' if depth else 'false', n))
-            items.append(Item('gls_put_pixel_data(writer, &pixels_%s);' % n, 0, 'pixels_%s.bytes' % n, 1))
+            items.append(Item('gls_put_pixel_data(writer, &pixels_%s);' % n, 0, 'pixels_%s.bytes' % n, 1, param=p))
         else:
             raise ValueError('%s: unknown stream kind %s' % (n, k))
     return prelude, items
@@ -153,12 +156,12 @@ def layout(items):
     for it in items:
         if it.align in (2, 4) and static % it.align and not dynamic:
             pad = it.align - static % it.align
-            placed.append(Item('writer->putGLnothing(writer, %d);' % pad, pad))
+            placed.append(Item('writer->putGLnothing(writer, %d);' % pad, pad, pad=pad))
             static += pad
         if it.align == 8:
             if static % 4 and not dynamic:
                 pad = 4 - static % 4
-                placed.append(Item('writer->putGLnothing(writer, %d);' % pad, pad))
+                placed.append(Item('writer->putGLnothing(writer, %d);' % pad, pad, pad=pad))
                 static += pad
             if first_double is None:
                 first_double = static
@@ -166,13 +169,14 @@ def layout(items):
                 parity = '0' if not dynamic and static % 8 == 0 else \
                     '1' if not dynamic else '((%s) / 4) & 1' % ' + '.join(terms)
             elif not dynamic and (static - first_double) % 8:
-                placed.append(Item('writer->putGLnothing(writer, 4);', 4))
+                placed.append(Item('writer->putGLnothing(writer, 4);', 4, pad=4))
                 static += 4
         placed.append(it)
         static += it.size
         if it.dynamic:
             dynamic.append(it.dynamic)
-    size = ' + '.join([str(static)] + dynamic) if dynamic else str(static)
+    # Sizes are summed in 64 bits: a count near 2^32 must not wrap to a small size.
+    size = '(uint64_t)' + ' + '.join([str(static)] + dynamic) if dynamic else str(static)
     return placed, parity, size
 
 
@@ -244,10 +248,10 @@ def capture_function(r):
 def wrapper_forwarder(r):
     ret = 'return ' if r.returns else ''
     nothing = '        return 0;\n' if r.returns else '        return;\n'
+    # With no capture open it does nothing: the wrappers call it on every call.
     return ('static %s GLS_APIENTRY wrap_%s(%s)\n{\n'
             '    GlsContext *ctx = gls_current();\n'
-            '    if (!ctx || ctx->captureNesting <= 0) {\n'
-            '        gls_set_error(GLS_STATE_ERROR);\n%s    }\n'
+            '    if (!ctx || ctx->captureNesting <= 0)\n%s'
             '    %scapture_%s(%s);\n}\n\n' % (r.ret, r.name, r.decl_params(), nothing, ret, r.name, r.arg_names()))
 
 

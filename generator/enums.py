@@ -110,7 +110,7 @@ def page_tables(prefix, names, page_count, page_size, kind):
     return out
 
 
-def gen_names(registry, gls_enums, header):
+def gen_names(registry, gls_enums, gls_dict_only, header):
     """gls_names.cpp: the value-to-name pages of both APIs and the GL alias table."""
     pages, aliases, constants = registry.codec_names()
     gls_pages = {}
@@ -122,7 +122,16 @@ def gen_names(registry, gls_enums, header):
     out.append('// Names the pages cannot hold: a value they share, or one above the pages.\n')
     out.append('const GlsNameValue gls_gl_enum_aliases[%d] = {\n' % len(aliases))
     out += ['    {"%s", 0x%X},\n' % (n, v) for n, v in aliases]
-    out.append('};\nconst int gls_gl_enum_alias_count = %d;\n' % len(aliases))
+    out.append('};\nconst int gls_gl_enum_alias_count = %d;\n\n' % len(aliases))
+    out.append('// Names of the codec that share a value with a row of the pages.\n')
+    out.append('const GlsNameValue gls_gls_enum_extra[%d] = {\n' % len(gls_dict_only))
+    out += ['    {"%s", %d},\n' % (n, v) for n, v in gls_dict_only]
+    out.append('};\nconst int gls_gls_enum_extra_count = %d;\n\n' % len(gls_dict_only))
+    names = CODEC_EXTENSIONS + registry.groups[3]
+    out.append('// The extensions the codec knows: its own list, then the vendor rows\' extensions.\n')
+    out.append('const char gls_extension_list[] =\n')
+    out += ['    "__%s "\n' % n for n in names]
+    out.append('    ;\n')
     return ''.join(out)
 
 

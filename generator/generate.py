@@ -20,7 +20,10 @@ OUTDIR (the build's gen folder, included as "gen/..."):
                         exports and the GDI wrappers
     wrappers.cpp        the debug wrappers, one thin thunk per GL catalogue row (wrappers.py);
                         hooks.h their after-call hooks
-    command_samples.cpp a call of every command, for the unit tests (capture.py)
+    gls_decode.cpp      the reading side's rows: argument descriptors, call thunks, decode, swap
+                        and text rows (decode.py)
+    command_samples.cpp a call of every command, and recording stubs of the default dispatch,
+                        for the unit tests (capture.py, decode.py)
     dispatch_calls.h    typed calls through a context's dispatch rows, for native tests
     state_tables.cpp    the state catalogue (state/state_rows.tbl) and the enumerant names (state.py)
     quondale-x86_64.def, quondale-i686.def, opengl32.def
@@ -29,6 +32,7 @@ import os
 import sys
 
 import capture
+import decode
 import enums
 import state
 import table as tbl
@@ -337,7 +341,7 @@ def main():
     outdir = sys.argv[2]
     try:
         registry = enums.Registry(sys.argv[3], vendor_extensions(table))
-        names = enums.gen_names(registry, table.data.gls_enums, HEADER)
+        names = enums.gen_names(registry, table.data.gls_enums, table.data.gls_dict_only, HEADER)
         gl_enums = enums.gen_gl_enums_header(registry, data_gl_names(table), HEADER)
         sizes = gen_sizes(table, registry)
     except (OSError, ValueError) as error:
@@ -357,7 +361,8 @@ def main():
         'exports.cpp': gen_exports(table),
         'wrappers.cpp': wrappers.gen_wrappers(table, HEADER),
         'hooks.h': wrappers.gen_hooks_header(table, HEADER),
-        'command_samples.cpp': capture.gen_samples(commands, HEADER),
+        'command_samples.cpp': capture.gen_samples(commands, HEADER) + decode.gen_recorders(commands),
+        'gls_decode.cpp': decode.gen_decode(table, HEADER),
         'dispatch_calls.h': capture.gen_dispatch_calls(commands, HEADER),
         'opengl32.def': gen_forwarding_def(table),
         'state_tables.cpp': state.gen_state_tables(sys.argv[3]),

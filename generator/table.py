@@ -136,6 +136,7 @@ class Data:
     """The data rows: GLS enumerants, size tables, parameters whose values are named."""
     def __init__(self):
         self.gls_enums = []     # [(name, value)]
+        self.gls_dict_only = [] # [(name, value)]: names the dictionary holds beside the pages
         self.size_tables = []   # [SizeTable]
         self.named = {}         # 'boolean' | 'enum' -> [pname names]
         self.constants = []     # GL names the code uses beyond the codec's own set
@@ -158,7 +159,10 @@ def parse_table(path):
                 head, sig = line.split(' : ', 1)
                 rows.append(parse_function(head.split(), sig, comment))
             elif form == 'glsenum':
-                data.gls_enums.append((words[1], int(words[2], 0)))
+                if words[3:] not in ([], ['dict']):
+                    raise ValueError('glsenum NAME VALUE [dict]')
+                pair = (words[1], int(words[2], 0))
+                (data.gls_dict_only if words[3:] else data.gls_enums).append(pair)
             elif form == 'sizes':
                 keys = dict(w.split('=', 1) for w in words[2:])
                 default = int(keys.pop('default', 0))

@@ -32,11 +32,21 @@ static void put_scalar(GlsWriter *w, T value)
     store<Swap>(w, value);
 }
 
+// A null pointer from the application is data: the command keeps the size it promised, with
+// zeros where the elements would be, so that it reads back.
+static void put_zeros(GlsWriter *w, size_t count)
+{
+    memset(w->writePos, 0, count);
+    w->writePos += count;
+}
+
 template <bool Swap, typename T>
 static void put_vector(GlsWriter *w, GLuint count, const void *data)
 {
-    if (!data)
+    if (!data) {
+        put_zeros(w, count * sizeof(T));
         return;
+    }
     if (!Swap || sizeof(T) == 1) {
         memcpy(w->writePos, data, count * sizeof(T));
         w->writePos += count * sizeof(T);
@@ -57,8 +67,10 @@ static void put_image(GlsWriter *w, GLboolean swapBytes, GLuint elementsPerRow, 
                       GLuint rows, GLuint imageGap, GLuint images, GLuint volumeGap, GLuint volumes,
                       const void *data)
 {
-    if (!data)
+    if (!data) {
+        put_zeros(w, (size_t)elementsPerRow * rows * images * volumes * sizeof(T));
         return;
+    }
     bool reverse = sizeof(T) > 1 && (Swap ? !swapBytes : swapBytes);
     const uint8_t *p = (const uint8_t *)data;
     for (GLuint v = 0; v < volumes; ++v, p += volumeGap)
@@ -90,8 +102,7 @@ static void put_matrix(GlsWriter *w, const void *matrix)
 template <bool Swap>
 static void put_nothing(GlsWriter *w, GLuint size)
 {
-    memset(w->writePos, 0, size);
-    w->writePos += size;
+    put_zeros(w, size);
 }
 
 template <bool Swap>
@@ -147,9 +158,11 @@ template <bool Swap>
 static void put_bitmap(GlsWriter *w, GLboolean lsbFirst, GLuint firstBit, GLuint bitsPerRow,
                        GLuint gapBits, GLuint rows, const GLubyte *data)
 {
-    if (!data)
-        return;
     GLuint rowBytes = (bitsPerRow + 7) / 8;
+    if (!data) {
+        put_zeros(w, (size_t)rowBytes * rows);
+        return;
+    }
     uint8_t lastMask = bitsPerRow & 7 ? (uint8_t)(255 << (8 - (bitsPerRow & 7))) : 255;
     firstBit &= 7;
     const GLubyte *row = data;
@@ -171,8 +184,12 @@ static void put_bitmap(GlsWriter *w, GLboolean lsbFirst, GLuint firstBit, GLuint
 template <bool Swap>
 static void put_vertex_data(GlsWriter *w, GLenum format, GLuint size, const GLvoid *data)
 {
-    if (!data || size == 0 || format < GL_V2F || format > GL_T4F_C4F_N3F_V4F)
+    if (size == 0 || format < GL_V2F || format > GL_T4F_C4F_N3F_V4F)
         return;
+    if (!data) {
+        put_zeros(w, size);
+        return;
+    }
     int before = format == GL_T2F_C4UB_V3F ? 2 : 0, after = format == GL_C4UB_V2F ? 2 : 3;
     int stride = format == GL_C4UB_V2F ? 12 : format == GL_C4UB_V3F ? 16 : 24;
     if (format != GL_C4UB_V2F && format != GL_C4UB_V3F && format != GL_T2F_C4UB_V3F) {
@@ -190,20 +207,29 @@ static void put_vertex_data(GlsWriter *w, GLenum format, GLuint size, const GLvo
 // ---------------------------------------------------------------------------------------------
 // Commands
 
-static bool long_header(GLSopcode opcode, size_t padded)
+static bool long_header(GLSopcode opcode, uint64_t padded)
 {
     return opcode == OP_glsBeginGLS || opcode == OP_glsEndGLS || opcode >= 65536 || padded > 65531;
 }
 
+// The largest payload a command can carry: its size with the long header fits 32 bits, and the
+// buffer that holds it fits the host's memory.
+static const uint64_t max_payload = (sizeof(size_t) < 8 ? 0x7FFFFFFFu : 0xFFFFFFFFu) - 15;
+
 template <bool Swap>
-static GLboolean begin_command(GlsWriter *w, GLSopcode opcode, size_t size)
+static GLboolean begin_command(GlsWriter *w, GLSopcode opcode, uint64_t size)
 {
     if (w->failed)
         return 0;
-    size = (size + 3) & ~(size_t)3;
+    if (size > max_payload) {
+        gls_set_error(GLS_PARAMETER_ERROR);
+        return 0;
+    }
+    size = (size + 3) & ~(uint64_t)3;
     bool is_long = long_header(opcode, size);
     size += is_long ? 12 : 4;
-    if (w->writePos + size > w->writeLimit && !w->allocate(w, size))
+    bool fits = w->writePos <= w->writeLimit && (uint64_t)(w->writeLimit - w->writePos) >= size;
+    if (!fits && !w->allocate(w, (size_t)size))
         return 0;
     w->opcode = opcode;
     w->commandEnd = w->writePos + size;

@@ -42,10 +42,14 @@ GLuint gls_pname_count(GlsSizeTable table, GLenum pname);
 // The size of a string field: a word, the UTF-8 text and its zero, to a multiple of four.
 GLuint gls_string_field_size(const GlsContext *ctx, const GLubyte *string);
 
-// glCallLists and glDrawElements: the data's bytes, and its writing, typed by type.
-GLuint gls_call_lists_bytes(GLenum type, GLsizei n);
+// glCallLists and glDrawElements: the data's bytes, and its writing, typed by type. Byte counts
+// are 64-bit so that a count near 2^31 cannot wrap a command's size.
+uint64_t gls_call_lists_bytes(GLenum type, GLsizei n);
 void gls_put_call_lists(GlsWriter *writer, GLenum type, GLsizei n, const void *lists);
-GLuint gls_draw_elements_bytes(GLenum type, GLsizei count, const void *indices);
+// The indices' bytes as the stream holds them: none without indices to read.
+uint64_t gls_draw_elements_bytes(GLenum type, GLsizei count, const void *indices);
+// The bytes of count indices of type; 0 for a type glDrawElements does not take.
+uint64_t gls_index_bytes(GLenum type, GLsizei count);
 void gls_put_draw_elements(GlsWriter *writer, GLenum type, GLsizei count, const void *indices);
 
 // Evaluator points recorded tight: k values a point, the strides as the stream gives them,
@@ -58,7 +62,7 @@ struct GlsMapLayout {
     GLuint rows;
     GLuint imageGap;
     GLuint images;
-    GLuint values;
+    uint64_t values;
 };
 
 GlsMapLayout gls_map1_layout(GLenum target, GLint stride, GLint order);
@@ -66,7 +70,7 @@ GlsMapLayout gls_map2_layout(GLenum target, GLint ustride, GLint uorder, GLint v
 void gls_put_map_points(GlsWriter *writer, const GlsMapLayout *map, int valueSize, const void *points);
 
 // Bytes of glsDrawVertexArray's packed vertices.
-GLuint gls_vertex_data_bytes(GLenum format, GLint count);
+uint64_t gls_vertex_data_bytes(GLenum format, GLint count);
 
 // Facts about the GL context, asked once per capture through the guard: whether one is current,
 // its version (1.1 without one), and whether 3D images have their unpack parameters.

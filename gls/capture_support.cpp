@@ -47,9 +47,9 @@ static GLuint list_element_size(GLenum type)
     }
 }
 
-GLuint gls_call_lists_bytes(GLenum type, GLsizei n)
+uint64_t gls_call_lists_bytes(GLenum type, GLsizei n)
 {
-    return n > 0 ? list_element_size(type) * (GLuint)n : 0;
+    return n > 0 ? list_element_size(type) * (uint64_t)n : 0;
 }
 
 void gls_put_call_lists(GlsWriter *w, GLenum type, GLsizei n, const void *lists)
@@ -72,9 +72,14 @@ static GLuint index_size(GLenum type)
 }
 
 // No indices, no bytes: the binary form then holds an empty item of the size it announced.
-GLuint gls_draw_elements_bytes(GLenum type, GLsizei count, const void *indices)
+uint64_t gls_index_bytes(GLenum type, GLsizei count)
 {
-    return count > 0 && indices ? index_size(type) * (GLuint)count : 0;
+    return count > 0 ? index_size(type) * (uint64_t)count : 0;
+}
+
+uint64_t gls_draw_elements_bytes(GLenum type, GLsizei count, const void *indices)
+{
+    return indices ? gls_index_bytes(type, count) : 0;
 }
 
 void gls_put_draw_elements(GlsWriter *w, GLenum type, GLsizei count, const void *indices)
@@ -120,7 +125,7 @@ GlsMapLayout gls_map1_layout(GLenum target, GLint stride, GLint order)
     }
     map.rows = positive(order);
     map.images = 1;
-    map.values = (GLuint)map.k * map.rows;
+    map.values = (uint64_t)map.k * map.rows;
     return map;
 }
 
@@ -131,25 +136,28 @@ GlsMapLayout gls_map2_layout(GLenum target, GLint ustride, GLint uorder, GLint v
     GLuint us = positive(uorder), vs = positive(vorder);
     map.ustride = ustride;
     map.vstride = vstride;
-    if (k && vstride >= k && ustride >= vstride * vorder) {
+    // Spans in 64 bits: strides and orders come from the application, and may be anything.
+    int64_t vspan = (int64_t)vstride * vorder, uspan = (int64_t)ustride * uorder;
+    bool tight_v = (int64_t)k * vorder <= INT32_MAX, tight_u = (int64_t)k * uorder <= INT32_MAX;
+    if (k && tight_v && vstride >= k && ustride >= vspan) {
         // v runs fastest: each u is an image of vorder rows.
         map.k = k;
         map.rowGap = (GLuint)(vstride - k);
         map.rows = vs;
-        map.imageGap = (GLuint)(ustride - vstride * vorder);
+        map.imageGap = (GLuint)(ustride - vspan);
         map.images = us;
         map.vstride = k;
         map.ustride = k * vorder;
-    } else if (k && ustride >= k && vstride >= ustride * uorder) {
+    } else if (k && tight_u && ustride >= k && vstride >= uspan) {
         map.k = k;
         map.rowGap = (GLuint)(ustride - k);
         map.rows = us;
-        map.imageGap = (GLuint)(vstride - ustride * uorder);
+        map.imageGap = (GLuint)(vstride - uspan);
         map.images = vs;
         map.ustride = k;
         map.vstride = k * uorder;
     }
-    map.values = (GLuint)map.k * map.rows * map.images;
+    map.values = (uint64_t)map.k * map.rows * map.images;
     return map;
 }
 
@@ -158,13 +166,13 @@ void gls_put_map_points(GlsWriter *w, const GlsMapLayout *map, int valueSize, co
     bool tight = map->rowGap == 0 && map->imageGap == 0;
     if (valueSize == 8) {
         if (tight || map->k == 0)
-            w->putGLdoubleVector(w, map->values, points);
+            w->putGLdoubleVector(w, (GLuint)map->values, points);
         else
             w->putGLdoubleImage(w, 0, (GLuint)map->k, map->rowGap * 8, map->rows, map->imageGap * 8,
                                 map->images, 0, 1, points);
     } else {
         if (tight || map->k == 0)
-            w->putGLfloatVector(w, map->values, points);
+            w->putGLfloatVector(w, (GLuint)map->values, points);
         else
             w->putGLfloatImage(w, 0, (GLuint)map->k, map->rowGap * 4, map->rows, map->imageGap * 4,
                                map->images, 0, 1, points);

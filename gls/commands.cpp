@@ -54,7 +54,8 @@ void GLS_APIENTRY execute_glsBlock(GLSenum inBlockType)
 
 void GLS_APIENTRY execute_glsError(GLSopcode inOpcode, GLSenum inError)
 {
-    if (!gls_opcode_exists(inOpcode)) {
+    // Opcode 0 is a fault of the stream itself: a statement without a command name.
+    if (inOpcode != 0 && !gls_opcode_exists(inOpcode)) {
         gls_set_error(GLS_UNSUPPORTED_COMMAND);
         return;
     }
@@ -115,6 +116,10 @@ void GLS_APIENTRY execute_glsHeaderfv(GLSenum inAttrib, const GLfloat *inVec)
     GlsHeader *header = header_in_block();
     if (!header)
         return;
+    if (!inVec) {
+        gls_set_error(GLS_PARAMETER_ERROR);
+        return;
+    }
     GLfloat *target = nullptr;
     int count = 2;
     switch (inAttrib) {
@@ -133,7 +138,7 @@ void GLS_APIENTRY execute_glsHeaderfv(GLSenum inAttrib, const GLfloat *inVec)
         target[i] = positive_or_zero(inVec[i]);
 }
 
-static GLint *header_int(GlsHeader *header, GLSenum attrib)
+GLint *gls_header_int(GlsHeader *header, GLSenum attrib)
 {
     switch (attrib) {
     case GLS_ACCUM_RED_BITS: return &header->accumRedBits;
@@ -168,7 +173,7 @@ void GLS_APIENTRY execute_glsHeaderi(GLSenum inAttrib, GLint inVal)
     GlsHeader *header = header_in_block();
     if (!header)
         return;
-    GLint *target = header_int(header, inAttrib);
+    GLint *target = gls_header_int(header, inAttrib);
     if (!target) {
         gls_set_error(GLS_PARAMETER_ERROR);
         return;
@@ -181,12 +186,16 @@ void GLS_APIENTRY execute_glsHeaderiv(GLSenum inAttrib, const GLint *inVec)
     GlsHeader *header = header_in_block();
     if (!header)
         return;
+    if (!inVec) {
+        gls_set_error(GLS_PARAMETER_ERROR);
+        return;
+    }
     if (inAttrib == GLS_CREATE_TIME) {
         for (int i = 0; i < 6; ++i)
             header->createTime[i] = positive_or_zero(inVec[i]);
         return;
     }
-    GLint *target = header_int(header, inAttrib);
+    GLint *target = gls_header_int(header, inAttrib);
     if (!target) {
         gls_set_error(GLS_PARAMETER_ERROR);
         return;

@@ -17,15 +17,13 @@
 GlsTlsIndex gls_tls_context = GLS_TLS_INVALID;
 GlsTlsIndex gls_tls_error = GLS_TLS_INVALID;
 
-GlsFunc gls_decode_table[GLS_OPCODE_COUNT];
-GlsFunc gls_swap_table[GLS_OPCODE_COUNT];
 
 // Global state, guarded by the global lock.
 static GlsIntMap *context_table;
 static GlsList context_list;
 static GLuint next_context_id = 1;
 
-void gls_abort_stub(void *) {}
+void gls_abort_stub(uint8_t *, uint32_t) {}
 
 // ---------------------------------------------------------------------------------------------
 // Error word and allocator
@@ -85,10 +83,6 @@ bool gls_process_attach()
     for (const int32_t *op = gls_bind_list; *op != 0; ++op) {
         GlsFunc real = gls_platform_lookup(module, gls_opcode_names[*op]);
         gls_default_dispatch[*op] = real ? real : gls_null_funcs[*op];
-    }
-    for (int op = 0; op < GLS_OPCODE_COUNT; ++op) {
-        if (gls_attributes[op] & GLS_ATTRIB_NO_ARGS)
-            gls_decode_table[op] = gls_swap_table[op];
     }
     gls_lock_init();
     if (!gls_tls_alloc(&gls_tls_context) || !gls_tls_alloc(&gls_tls_error)) {
@@ -345,7 +339,10 @@ GLboolean glsBeginCapture(const GLubyte *name, GLSenum type, GLbitfield writeFla
         gls_set_error(GLS_PARAMETER_ERROR);
         return 0;
     }
-    GlsWriter *writer = gls_create_writer(ctx, name ? name : (const GLubyte *)"", type, writeFlags);
+    GlsString scratch = {};
+    const char *utf8 = name ? gls_utf8_name(ctx, name, &scratch) : "";
+    GlsWriter *writer = utf8 ? gls_create_writer(ctx, (const GLubyte *)utf8, type, writeFlags) : nullptr;
+    gls_string_free(&scratch);
     if (!writer)
         return 0;
     ctx->writerStack[ctx->captureNesting++] = writer;

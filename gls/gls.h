@@ -48,12 +48,46 @@ void glsRemoveReadPrefix(GLuint index);
 void glsWritePrefix(const GLubyte *prefix);
 void glsResetWriterAlignment();
 
+// Reading streams.
+GLSenum glsCallStream(const GLubyte *name);
+void glsCallArray(GLSenum type, size_t size, const GLubyte *data);
+void glsCopyStream(const GLubyte *source, const GLubyte *destination, GLSenum type, GLbitfield writeFlags);
+size_t glsGetConsumedBytes();
+
+// Queries.
+GLuint glsGetOpcodeCount(GLSenum api);
+const GLSopcode *glsGetOpcodes(GLSenum api);
+GLint glsGetCommandi(GLSopcode opcode, GLSenum attrib);
+const GLubyte *glsGetOpcodeName(GLSopcode opcode);
+GLSopcode glsGetOpcode(const GLubyte *name);
+GLint glsGetEnumi(GLSenum api, GLuint value, GLSenum attrib);
+const GLubyte *glsGetEnumName(GLSenum api, GLuint value);
+GLint glsGetEnumValue(GLSenum api, const GLubyte *name);
+GlsFunc glsGetFunc(GLSenum attrib);
+void *glsGetPointer(GLSenum attrib);
+GLint glsGeti(GLSenum attrib);
+const GLubyte *glsGetc(GLSenum attrib);
+void glsGetl(GLSenum attrib, GLint *outVec);
+const GLubyte *glsGetHeaderc(GLSenum attrib);
+GLfloat glsGetHeaderf(GLSenum attrib);
+void glsGetHeaderfv(GLSenum attrib, GLfloat *outVec);
+GLint glsGetHeaderi(GLSenum attrib);
+void glsGetHeaderiv(GLSenum attrib, GLint *outVec);
+const GLubyte *glsGetListc(GLSenum attrib, GLint index);
+GLint glsGetListi(GLSenum attrib, GLint index);
+GLlong glsGetListl(GLSenum attrib, GLint index);
+GLboolean glsIsExtensionSupported(const GLubyte *name);
+GLboolean glsIsVersionSupported(GLSenum api, GLint major, GLint minor);
+GLSenum glsBinary(GLboolean swapped);
+
 // Recomputes defaultDispatch, callDispatch and decodeDispatch of a context.
 void gls_update_dispatch(GlsContext *ctx);
 // Resets the cached facts about the GL context.
 void gls_reset_gl_info(GlsContext *ctx);
 // Puts the stream header back to its start values.
 void gls_reset_header(GlsHeader *header);
+// The integer of the header that an attribute names; null for another attribute.
+GLint *gls_header_int(GlsHeader *header, GLSenum attrib);
 
 // The guard around a GL call that the codec makes itself.
 inline int enterDirectCall(GlsContext *ctx, GLSopcode) { ++ctx->directCallDepth; return 0; }

@@ -97,9 +97,10 @@ static GlsDictionarySet *build_set()
             gls_dict_insert(set->glEnumDict, gls_gl_enum_aliases[i].name, (intptr_t)gls_gl_enum_aliases[i].value);
         insert_pages(set->glEnumDict, gls_gl_enum_pages, gls_gl_enum_page_counts, GLS_GL_ENUM_PAGES, 256);
     }
-    // Room for two more than the pages hold, so that the table does not grow at its last rows.
-    set->glsEnumDict = gls_dict_create(2 + page_total(gls_gls_enum_page_counts, GLS_GLS_ENUM_PAGES), 1);
+    set->glsEnumDict = gls_dict_create(gls_gls_enum_extra_count + page_total(gls_gls_enum_page_counts, GLS_GLS_ENUM_PAGES), 1);
     if (set->glsEnumDict) {
+        for (int i = 0; i < gls_gls_enum_extra_count; ++i)
+            gls_dict_insert(set->glsEnumDict, gls_gls_enum_extra[i].name, (intptr_t)gls_gls_enum_extra[i].value);
         insert_pages(set->glsEnumDict, gls_gls_enum_pages, gls_gls_enum_page_counts, GLS_GLS_ENUM_PAGES, 16);
     }
     set->glsImageFlagsDict = dict_of_rows(gls_image_flag_rows, GLS_IMAGE_FLAG_ROWS);

@@ -24,6 +24,10 @@ extern const uint8_t gls_gls_enum_page_counts[GLS_GLS_ENUM_PAGES];
 extern const char *const *const gls_gls_enum_pages[GLS_GLS_ENUM_PAGES];
 extern const GlsNameValue gls_gl_enum_aliases[];
 extern const int gls_gl_enum_alias_count;
+extern const GlsNameValue gls_gls_enum_extra[];
+// Blank-separated, each name with a "__" lead and a blank behind it.
+extern const char gls_extension_list[];
+extern const int gls_gls_enum_extra_count;
 
 extern const GlsNameValue gls_attrib_mask_rows[GLS_ATTRIB_MASK_ROWS];
 extern const GlsNameValue gls_client_attrib_mask_rows[GLS_CLIENT_ATTRIB_MASK_ROWS];

@@ -143,7 +143,7 @@ static void trim_stream(GlsContextStream *stream, GlsBlock *block, size_t length
     }
 }
 
-static void free_context_stream(GlsContextStream *stream)
+void gls_free_context_stream(GlsContextStream *stream)
 {
     while (GlsBlock *block = stream->blocks) {
         if (block->listNext == block) {
@@ -159,7 +159,7 @@ static void free_context_stream(GlsContextStream *stream)
     gls_free(stream);
 }
 
-static GlsContextStream *find_context_stream(GlsContext *ctx, const char *name)
+GlsContextStream *gls_find_context_stream(GlsContext *ctx, const char *name)
 {
     intptr_t value = 0;
     if (!ctx->contextStreamDict || !gls_dict_find(ctx->contextStreamDict, name, &value))
@@ -185,7 +185,7 @@ static GlsContextStream *new_context_stream(GlsContext *ctx, const char *name)
     // The dictionary keeps the stream's own copy of the name as its key.
     if (!gls_dict_insert(ctx->contextStreamDict, gls_string_text(&stream->name), (intptr_t)stream)) {
         gls_set_error(GLS_RESOURCE_ERROR);
-        free_context_stream(stream);
+        gls_free_context_stream(stream);
         return nullptr;
     }
     gls_list_append(&ctx->contextStreamList, (GlsBox *)stream);
@@ -250,7 +250,7 @@ static GlsWriter *create_context_writer(GlsContext *ctx, const char *name, GLbit
         if (!ctx->contextStreamDict)
             return nullptr;
     }
-    GlsContextStream *stream = find_context_stream(ctx, name);
+    GlsContextStream *stream = gls_find_context_stream(ctx, name);
     if (stream && (stream->readCount || stream->writing)) {
         gls_set_error(GLS_STATE_ERROR);
         return nullptr;
@@ -295,12 +295,11 @@ void gls_streams_init(GlsContext *ctx)
     while (list && *list) {
         size_t length = strcspn(list, separators);
         if (length) {
-            char piece[1024];
-            size_t kept = length < sizeof piece ? length : sizeof piece - 1;
-            memcpy(piece, list, kept);
-            piece[kept] = 0;
-            if (GlsPrefix *prefix = new_prefix(piece))
+            GlsPrefix *prefix = (GlsPrefix *)gls_calloc(sizeof(GlsPrefix));
+            if (prefix && gls_string_append(&prefix->text, list, length))
                 gls_list_append(&ctx->readPrefixList, &prefix->box);
+            else if (prefix)
+                free_prefix(prefix);
         }
         list += length;
         if (*list)
@@ -323,7 +322,7 @@ void gls_streams_release(GlsContext *ctx)
     }
     while (GlsBox *box = ctx->contextStreamList.head) {
         gls_list_remove(&ctx->contextStreamList, box);
-        free_context_stream((GlsContextStream *)box);
+        gls_free_context_stream((GlsContextStream *)box);
     }
     gls_dict_delete(ctx->contextStreamDict);
     ctx->contextStreamDict = nullptr;
@@ -342,8 +341,11 @@ void glsPrependReadPrefix(const GLubyte *prefix)
     GlsContext *ctx = require_context();
     if (!ctx || !prefix)
         return;
-    if (GlsPrefix *entry = new_prefix((const char *)prefix))
+    GlsString scratch = {};
+    const char *utf8 = gls_utf8_name(ctx, prefix, &scratch);
+    if (GlsPrefix *entry = utf8 ? new_prefix(utf8) : nullptr)
         gls_list_prepend(&ctx->readPrefixList, &entry->box);
+    gls_string_free(&scratch);
 }
 
 void glsRemoveReadPrefix(GLuint index)
@@ -365,7 +367,10 @@ void glsWritePrefix(const GLubyte *prefix)
     GlsContext *ctx = require_context();
     if (!ctx || !prefix)
         return;
-    GlsPrefix *entry = new_prefix((const char *)prefix);
+    GlsString scratch = {};
+    const char *utf8 = gls_utf8_name(ctx, prefix, &scratch);
+    GlsPrefix *entry = utf8 ? new_prefix(utf8) : nullptr;
+    gls_string_free(&scratch);
     if (!entry)
         return;
     if (ctx->writePrefix)
@@ -503,7 +508,7 @@ void gls_delete_writer(GlsWriter *writer)
 // Streams by name
 
 // Opens a named stream by the read rules: each read prefix in turn, then the write prefix.
-static FILE *open_by_read_rules(GlsContext *ctx, const char *name, GlsString *full_name)
+FILE *gls_open_by_read_rules(GlsContext *ctx, const char *name, GlsString *full_name)
 {
     for (int i = 0; i <= ctx->readPrefixList.count; ++i) {
         const char *prefix = i < ctx->readPrefixList.count ? gls_read_prefix(ctx, i) : gls_write_prefix(ctx);
@@ -515,21 +520,18 @@ static FILE *open_by_read_rules(GlsContext *ctx, const char *name, GlsString *fu
     return nullptr;
 }
 
-void glsDeleteStream(const GLubyte *name)
+static void delete_stream(GlsContext *ctx, const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
-    if (!ctx || !name)
-        return;
-    if (GlsContextStream *stream = find_context_stream(ctx, (const char *)name)) {
+    if (GlsContextStream *stream = gls_find_context_stream(ctx, (const char *)name)) {
         remove_context_stream(ctx, stream);
         if (stream->readCount)
             stream->deletePending = 1;
         else
-            free_context_stream(stream);
+            gls_free_context_stream(stream);
         return;
     }
     GlsString full_name = {};
-    FILE *file = open_by_read_rules(ctx, (const char *)name, &full_name);
+    FILE *file = gls_open_by_read_rules(ctx, (const char *)name, &full_name);
     if (!file) {
         gls_set_error(GLS_PARAMETER_ERROR);
     } else {
@@ -553,19 +555,16 @@ static size_t context_stream_size(const GlsContextStream *stream)
     return size;
 }
 
-size_t glsGetStreamSize(const GLubyte *name)
+static size_t stream_size(GlsContext *ctx, const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
-    if (!ctx || !name)
-        return 0;
     if (ctx->currentWriter)
         gls_flush_writer(ctx->currentWriter);
-    if (GlsContextStream *stream = find_context_stream(ctx, (const char *)name))
+    if (GlsContextStream *stream = gls_find_context_stream(ctx, (const char *)name))
         return context_stream_size(stream);
     if (!name[0])
         return 0;
     GlsString full_name = {};
-    FILE *file = open_by_read_rules(ctx, (const char *)name, &full_name);
+    FILE *file = gls_open_by_read_rules(ctx, (const char *)name, &full_name);
     gls_string_free(&full_name);
     if (!file)
         return 0;
@@ -574,18 +573,14 @@ size_t glsGetStreamSize(const GLubyte *name)
     return size > 0 ? (size_t)size : 0;
 }
 
-GLboolean glsIsContextStream(const GLubyte *name)
+static GLboolean is_context_stream(GlsContext *ctx, const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
-    return ctx && name && find_context_stream(ctx, (const char *)name) != nullptr;
+    return gls_find_context_stream(ctx, (const char *)name) != nullptr;
 }
 
-const GLubyte *glsGetStreamAttrib(GLSenum attrib, const GLubyte *name)
+// The full name into `result`, as UTF-8.
+static const GLubyte *stream_attrib(GlsContext *ctx, GLSenum attrib, const GLubyte *name, GlsString *result)
 {
-    GlsContext *ctx = require_context();
-    if (!ctx || !name)
-        return nullptr;
-    GlsString *result = &ctx->returnString;
     if (attrib == GLS_WRITE_NAME) {
         gls_string_set(result, gls_write_prefix(ctx));
         gls_string_append(result, (const char *)name, strlen((const char *)name));
@@ -595,11 +590,11 @@ const GLubyte *glsGetStreamAttrib(GLSenum attrib, const GLubyte *name)
         gls_set_error(GLS_PARAMETER_ERROR);
         return nullptr;
     }
-    if (find_context_stream(ctx, (const char *)name)) {
+    if (gls_find_context_stream(ctx, (const char *)name)) {
         gls_string_set(result, (const char *)name);
         return (const GLubyte *)gls_string_text(result);
     }
-    FILE *file = open_by_read_rules(ctx, (const char *)name, result);
+    FILE *file = gls_open_by_read_rules(ctx, (const char *)name, result);
     if (!file) {
         gls_set_error(GLS_PARAMETER_ERROR);
         return nullptr;
@@ -635,7 +630,7 @@ GLuint gls_stream_crc32(GlsContext *ctx, const char *name, bool *found)
 {
     uint32_t crc = 0xFFFFFFFFu;
     *found = true;
-    if (GlsContextStream *stream = find_context_stream(ctx, name)) {
+    if (GlsContextStream *stream = gls_find_context_stream(ctx, name)) {
         const GlsBlock *block = stream->blocks;
         do {
             size_t length = (size_t)(block->writePos - block->base);
@@ -647,7 +642,7 @@ GLuint gls_stream_crc32(GlsContext *ctx, const char *name, bool *found)
         return ~crc;
     }
     GlsString full_name = {};
-    FILE *file = open_by_read_rules(ctx, name, &full_name);
+    FILE *file = gls_open_by_read_rules(ctx, name, &full_name);
     gls_string_free(&full_name);
     if (!file) {
         *found = false;
@@ -666,11 +661,8 @@ GLuint gls_stream_crc32(GlsContext *ctx, const char *name, bool *found)
     return ~crc;
 }
 
-GLuint glsGetStreamType(GLSenum attrib, const GLubyte *name)
+static GLuint stream_type(GlsContext *ctx, GLSenum attrib, const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
-    if (!ctx || !name)
-        return 0;
     if (attrib == GLS_CRC32) {
         if (ctx->currentWriter)
             gls_flush_writer(ctx->currentWriter);
@@ -684,10 +676,10 @@ GLuint glsGetStreamType(GLSenum attrib, const GLubyte *name)
         gls_set_error(GLS_PARAMETER_ERROR);
         return 0;
     }
-    if (find_context_stream(ctx, (const char *)name))
+    if (gls_find_context_stream(ctx, (const char *)name))
         return GLS_CONTEXT;
     GlsString full_name = {};
-    FILE *file = open_by_read_rules(ctx, (const char *)name, &full_name);
+    FILE *file = gls_open_by_read_rules(ctx, (const char *)name, &full_name);
     gls_string_free(&full_name);
     if (!file) {
         gls_set_error(GLS_PARAMETER_ERROR);
@@ -699,41 +691,70 @@ GLuint glsGetStreamType(GLSenum attrib, const GLubyte *name)
     return gls_detect_stream_type(head, count);
 }
 
-// The type a stream's first bytes tell: a binary glsBeginGLS in either order, or the text one.
-GLSenum gls_detect_stream_type(const uint8_t *bytes, size_t count)
-{
-    if (count >= 20 && bytes[0] == 0 && bytes[1] == 0 && bytes[2] == 0 && bytes[3] == 0) {
-        uint32_t words[4];
-        memcpy(words, bytes + 4, 16);
-        if (words[0] == OP_glsBeginGLS && words[1] == 20 && words[2] <= 1)
-            return GLS_BINARY_LSB_FIRST;
-        for (uint32_t &w : words)
-            w = __builtin_bswap32(w);
-        if (words[0] == OP_glsBeginGLS && words[1] == 20 && words[2] <= 1)
-            return GLS_BINARY_MSB_FIRST;
-        return GLS_NONE;
+
+// ---------------------------------------------------------------------------------------------
+// The operations by name take the name in the context's string type.
+
+#define WITH_UTF8_NAME(ctx, name, utf8, failed)                                                     \
+    GlsString scratch = {};                                                                         \
+    const GLubyte *utf8 = (const GLubyte *)gls_utf8_name(ctx, name, &scratch);                      \
+    if (!utf8) {                                                                                    \
+        gls_string_free(&scratch);                                                                  \
+        return failed;                                                                              \
     }
-    // Text: glsBeginGLS ( integer , integer ) ; with blanks between.
-    const char *p = (const char *)bytes, *end = p + count;
-    auto blanks = [&] { while (p < end && (*p == ' ' || *p == '\t' || *p == '\n' || *p == '\r')) ++p; };
-    auto literal = [&](const char *word) {
-        blanks();
-        size_t length = strlen(word);
-        if ((size_t)(end - p) < length || memcmp(p, word, length) != 0)
-            return false;
-        p += length;
-        return true;
-    };
-    auto integer = [&] {
-        blanks();
-        if (p < end && (*p == '-' || *p == '+'))
-            ++p;
-        const char *digits = p;
-        while (p < end && *p >= '0' && *p <= '9')
-            ++p;
-        return p > digits;
-    };
-    if (literal("glsBeginGLS") && literal("(") && integer() && literal(",") && integer() && literal(")") && literal(";"))
-        return GLS_TEXT;
-    return GLS_NONE;
+
+void glsDeleteStream(const GLubyte *name)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !name)
+        return;
+    WITH_UTF8_NAME(ctx, name, utf8, )
+    delete_stream(ctx, utf8);
+    gls_string_free(&scratch);
+}
+
+size_t glsGetStreamSize(const GLubyte *name)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !name)
+        return 0;
+    WITH_UTF8_NAME(ctx, name, utf8, 0)
+    size_t size = stream_size(ctx, utf8);
+    gls_string_free(&scratch);
+    return size;
+}
+
+GLboolean glsIsContextStream(const GLubyte *name)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !name)
+        return 0;
+    WITH_UTF8_NAME(ctx, name, utf8, 0)
+    GLboolean found = is_context_stream(ctx, utf8);
+    gls_string_free(&scratch);
+    return found;
+}
+
+const GLubyte *glsGetStreamAttrib(GLSenum attrib, const GLubyte *name)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !name)
+        return nullptr;
+    WITH_UTF8_NAME(ctx, name, utf8, nullptr)
+    GlsString full = {};
+    const GLubyte *result = stream_attrib(ctx, attrib, utf8, &full) ? gls_return_string(ctx, gls_string_text(&full)) : nullptr;
+    gls_string_free(&full);
+    gls_string_free(&scratch);
+    return result;
+}
+
+GLuint glsGetStreamType(GLSenum attrib, const GLubyte *name)
+{
+    GlsContext *ctx = require_context();
+    if (!ctx || !name)
+        return 0;
+    WITH_UTF8_NAME(ctx, name, utf8, 0)
+    GLuint type = stream_type(ctx, attrib, utf8);
+    gls_string_free(&scratch);
+    return type;
 }

@@ -35,5 +35,10 @@ const GLubyte *glsGetStreamAttrib(GLSenum attrib, const GLubyte *name);
 GLuint glsGetStreamType(GLSenum attrib, const GLubyte *name);
 
 GLSenum gls_detect_stream_type(const uint8_t *bytes, size_t count);
+// The reading side's access: a context stream by name, its freeing after a pending delete, and
+// a named file opened by the read rules (each read prefix, then the write prefix).
+GlsContextStream *gls_find_context_stream(GlsContext *ctx, const char *name);
+void gls_free_context_stream(GlsContextStream *stream);
+FILE *gls_open_by_read_rules(GlsContext *ctx, const char *name, GlsString *full_name);
 const char *gls_read_prefix(const GlsContext *ctx, int index);
 const char *gls_write_prefix(const GlsContext *ctx);

@@ -1,5 +1,5 @@
 // The per-opcode tables. The constant ones are generated from the table of signatures; the
-// default dispatch, decode and swap tables are filled at process attach.
+// default dispatch table is filled at process attach.
 #pragma once
 
 #include "gen/calls.h"
@@ -16,11 +16,14 @@ extern const GlsFunc gls_wrapper_forwarders[GLS_OPCODE_COUNT];
 extern const int32_t gls_bind_list[];
 
 extern GlsFunc gls_default_dispatch[GLS_OPCODE_COUNT];
-extern GlsFunc gls_decode_table[GLS_OPCODE_COUNT];
-extern GlsFunc gls_swap_table[GLS_OPCODE_COUNT];
+// The reading side's rows, generated: decode rows take the stored arguments and their size,
+// swap rows swap them in place and go on to the decode row (commands without arguments have
+// their decode row here).
+extern const GlsFunc gls_decode_table[GLS_OPCODE_COUNT];
+extern const GlsFunc gls_swap_table[GLS_OPCODE_COUNT];
 
 // The do-nothing stub of decodeDispatch while abortCall is set.
-void gls_abort_stub(void *);
+void gls_abort_stub(uint8_t *args, uint32_t size);
 
 inline bool gls_opcode_exists(int opcode)
 {

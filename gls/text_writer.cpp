@@ -784,7 +784,7 @@ static GLboolean text_pad(GlsWriter *, GLuint) { return 1; }
 static GLboolean text_allocate(GlsWriter *, size_t) { return 1; }
 static void text_nothing(GlsWriter *, GLuint) {}
 
-static GLboolean text_begin_command(GlsWriter *w, GLSopcode opcode, size_t)
+static GLboolean text_begin_command(GlsWriter *w, GLSopcode opcode, uint64_t)
 {
     if (!item_room(w))
         return 0;

@@ -92,7 +92,7 @@ static const InterleavedFormat *interleaved_format(GLenum format)
     return format >= GL_V2F && format <= GL_T4F_C4F_N3F_V4F ? &interleaved_formats[format - GL_V2F] : nullptr;
 }
 
-GLuint gls_vertex_data_bytes(GLenum format, GLint count)
+uint64_t gls_vertex_data_bytes(GLenum format, GLint count)
 {
     const InterleavedFormat *row = interleaved_format(format);
     uint64_t bytes = row && count > 0 ? (uint64_t)row->stride * (uint64_t)count : 0;

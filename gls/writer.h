@@ -10,7 +10,9 @@ struct GlsContextStream;
 
 typedef GLboolean (*GlsPadSlot)(GlsWriter *, GLuint parity);
 typedef GLboolean (*GlsAllocateSlot)(GlsWriter *, size_t size);
-typedef GLboolean (*GlsBeginCommandSlot)(GlsWriter *, GLSopcode opcode, size_t size);
+// The size is summed in 64 bits by the capture functions; the binary forms refuse one that does
+// not fit a command.
+typedef GLboolean (*GlsBeginCommandSlot)(GlsWriter *, GLSopcode opcode, uint64_t size);
 typedef void (*GlsVoidSlot)(GlsWriter *);
 typedef void (*GlsStringSlot)(GlsWriter *, GLuint fieldSize, const GLubyte *string);
 typedef void (*GlsBitfieldSlot)(GlsWriter *, GLbitfield value);

@@ -1,6 +1,7 @@
 // The stream codec's writing side: the text form of every kind of argument, capture flags and
 // callbacks, writers and streams, and the name tables.
 #include "gen/dispatch_calls.h"
+#include "gen/gl_enums.h"
 #include "gls/gls.h"
 #include "gls/names.h"
 #include "gls/writer.h"
@@ -271,9 +272,9 @@ TEST_F(Codec, StringsEscapeQuotesBackslashesAndUnprintables)
 
 TEST_F(Codec, WideStringTypesWalkTheirCharacters)
 {
-    glsStringType(GLS_UCS2);
     const GLushort wide[] = {'a', 0x263A, '"', 0};
     capture();
+    glsStringType(GLS_UCS2);
     dispatch_glsComment((const GLubyte *)wide);
     EXPECT_EQ(text(), "glsComment(\"a\\<263A>\\\"\");\n");
 }
@@ -454,6 +455,8 @@ TEST_F(Execute, WrapperForwarderWritesOnlyWhileACaptureIsOpen)
     glsCaptureFlags(OP_glClear, 3);
     wrapper(0x4000);
     EXPECT_EQ(fake_clears, 0);
+    EXPECT_EQ(glsGetError(), GLS_NONE) << "an idle forwarder is no fault";
+    EXPECT_EQ(((fn_glGenLists)gls_wrapper_forwarders[OP_glGenLists])(1), 0u);
     capture();
     // An installed capture function (a debug wrapper) is passed by: the forwarder goes straight on.
     glsCommandFunc(GLS_CAPTURE_FUNC, 181, (GlsFunc)fake_glGetIntegerv);
@@ -740,6 +743,112 @@ TEST_F(Codec, DoublesAreAlignedInTheBinaryForm)
     EXPECT_EQ(number(88), 1);   // u2
     EXPECT_EQ(number(104), 0);  // v1, behind vn and the empty word
     EXPECT_EQ(written.size(), 120u);
+}
+
+TEST_F(Codec, BinaryHeadersTakeTheLongFormAboveTheShortLimit)
+{
+    static GLbyte data[65536];
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_BINARY_LSB_FIRST, 0));
+    dispatch_glsNumbv((const GLubyte *)"t", 65516, data);  // payload 65528: short
+    dispatch_glsNumbv((const GLubyte *)"t", 65519, data);  // payload 65531, padded to 65532: long
+    glsEndCapture();
+    auto word = [&](size_t at) { uint32_t w; memcpy(&w, written.data() + at, 4); return w; };
+    const uint32_t begin[5] = {0, 16, 20, 1, 0};
+    EXPECT_EQ(written.compare(0, 20, std::string((const char *)begin, 20)), 0);
+    EXPECT_EQ(word(20), 33u | 65532u << 16);
+    EXPECT_EQ(word(24), 8u | 1);
+    const size_t second = 20 + 65532;
+    EXPECT_EQ(word(second), 0u);
+    EXPECT_EQ(word(second + 4), 33u);
+    EXPECT_EQ(word(second + 8), 65532u + 12);
+    const size_t end = second + 65544;
+    EXPECT_EQ(word(end), 0u);
+    EXPECT_EQ(word(end + 4), 20u);
+    EXPECT_EQ(word(end + 8), 12u);
+    EXPECT_EQ(written.size(), end + 12);
+}
+
+TEST_F(Codec, NullVectorsKeepTheSizeTheyPromised)
+{
+    // A null pointer is data: the process lives and each command carries zeros in its place.
+    for (GLSenum type : {GLS_BINARY_LSB_FIRST, GLS_BINARY_MSB_FIRST, GLS_CONTEXT}) {
+        ASSERT_TRUE(glsBeginCapture((const GLubyte *)(type == GLS_CONTEXT ? "nulls" : ""), type, GLS_WRITE_NO_FRAME));
+        dispatch_glColor3fv(nullptr);
+        dispatch_glLoadMatrixf(nullptr);
+        dispatch_glsNumfv((const GLubyte *)"t", 2, nullptr);
+        dispatch_glRectsv(nullptr, (const GLshort[]){1, 2});
+        dispatch_glCallLists(2, GL_UNSIGNED_SHORT, nullptr);
+        dispatch_glsDrawVertexArray(GL_POINTS, GL_V2F, 1, nullptr);
+        glsEndCapture();
+    }
+    const uint32_t words[] = {
+        59 | 16 << 16, 0, 0, 0,                                  // glColor3fv
+        265 | 68 << 16, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,  // glLoadMatrixf
+        37 | 24 << 16, 8 | 1, 't', 2, 0, 0,                      // glsNumfv: tag, count, zeros
+        99 | 12 << 16, 0, 1 | 2 << 16,                           // glRectsv
+        51 | 16 << 16, 2, GL_UNSIGNED_SHORT, 0,                  // glCallLists
+        19 | 24 << 16, GL_POINTS, GL_V2F, 1, 0, 0,               // glsDrawVertexArray
+    };
+    std::string little = written.substr(0, sizeof words);
+    EXPECT_EQ(little, std::string((const char *)words, sizeof words));
+    EXPECT_EQ(written.size(), 2 * sizeof words);
+    EXPECT_EQ(glsGetStreamSize((const GLubyte *)"nulls"), sizeof words);
+}
+
+TEST_F(Codec, SizesThatDoNotFitACommandAreRefused)
+{
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_BINARY_LSB_FIRST, GLS_WRITE_NO_FRAME));
+    static const GLint few[4] = {1, 2, 3, 4};
+    // 4 * 2^30 bytes wrap a 32-bit sum to 0; 2^32 - 1 bytes and the header do not fit.
+    dispatch_glsNumiv((const GLubyte *)"wrap", 0x40000000u, few);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    dispatch_glsNumbv((const GLubyte *)"max", 0xFFFFFFFFu, (const GLbyte *)few);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    dispatch_glDeleteTextures(0x7FFFFFFF, (const GLuint *)few);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    dispatch_glsNumiv((const GLubyte *)"ok", 4, few);
+    glsEndCapture();
+    EXPECT_EQ(written.size(), 4u + 8 + 4 + 16) << "only the command that fits";
+}
+
+TEST_F(Codec, NamesInWideStringTypesAreTurnedIntoUtf8)
+{
+    char directory[] = "/tmp/codec_wideXXXXXX";
+    ASSERT_TRUE(mkdtemp(directory));
+    std::string prefix = std::string(directory) + "/";
+    glsWritePrefix((const GLubyte *)prefix.c_str());
+    glsStringType(GLS_UCS4);
+    const GLuint name[] = {'s', 0xE9, '.', 'g', 0};  // "sé.g"
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)name, GLS_TEXT, 0));
+    glsEndCapture();
+    EXPECT_EQ(access((prefix + "s\xC3\xA9.g").c_str(), F_OK), 0);
+    const GLuint *full = (const GLuint *)glsGetStreamAttrib(GLS_WRITE_NAME, (const GLubyte *)name);
+    ASSERT_NE(full, nullptr);
+    std::u32string wide;
+    while (*full)
+        wide += (char32_t)*full++;
+    EXPECT_EQ(wide, std::u32string(prefix.begin(), prefix.end()) + U"s\u00E9.g");
+    glsStringType(GLS_UCS2);
+    const GLushort read_prefix[] = {'r', 0x263A, '/', 0};
+    glsPrependReadPrefix((const GLubyte *)read_prefix);
+    EXPECT_STREQ(gls_read_prefix(ctx, 0), "r\xE2\x98\xBA/");
+    glsStringType(GLS_UCS1);
+    glsDeleteStream((const GLubyte *)"s\xE9.g");  // Latin-1 in the byte form
+    EXPECT_NE(access((prefix + "s\xC3\xA9.g").c_str(), F_OK), 0);
+    rmdir(directory);
+}
+
+TEST_F(Codec, ReadPrefixesKeepTheirWholeLength)
+{
+    std::string long_prefix(2000, 'p');
+    setenv("GLS_READ_PREFIX_LIST", (long_prefix + ":b").c_str(), 1);
+    GLuint other = glsGenContext();
+    unsetenv("GLS_READ_PREFIX_LIST");
+    glsContext(other);
+    EXPECT_EQ(std::string(gls_read_prefix(gls_current(), 0)), long_prefix);
+    EXPECT_STREQ(gls_read_prefix(gls_current(), 1), "b");
+    glsDeleteContext(other);
+    glsContext(id);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -59,10 +59,28 @@ with tempfile.TemporaryDirectory() as out:
           'gls_pixel_layout(ctx, format, type, height, 1, 1, false, column)' in tables, 'separable filter images')
     check('gls_pixel_layout(ctx, format, type, width, height, depth, true, pixels)' in tables, 'volume image')
     check('gls_pixel_layout(ctx, GL_COLOR_INDEX, GL_BITMAP, 32, 32, 1, false, mask)' in tables, 'stipple bitmap')
-    check('beginCommand(writer, OP_glBitmap, 28 + pixels_bitmap.bytes)' in tables, 'bitmap size')
+    check('beginCommand(writer, OP_glBitmap, (uint64_t)28 + pixels_bitmap.bytes)' in tables, 'bitmap size')
     check('if (ctx->captureVertexArrays && gls_capture_draw_elements(ctx, mode, count, type, indices))\n        return;'
           in tables, 'vertex-array hand-over')
     check(tables.count('ctx->captureVertexArrays') == 3, 'vertex-array rows')
+    # The reading side lays out each command's arguments as its capture function writes them.
+    decode = open(os.path.join(out, 'gls_decode.cpp')).read()
+    def args_of(name):
+        m = re.search(r'args_%s\[\d+\] = \{\n(.*?)\n\};' % name, decode, re.S)
+        return [re.match(r'\s*\{GLS_ARG_(\w+)', l).group(1) for l in m.group(1).splitlines()] if m else None
+    check(args_of('glMapGrid2d') == ['SCALAR', 'SCALAR', 'SCALAR', 'SCALAR', 'PAD', 'SCALAR', 'SCALAR'],
+          'glMapGrid2d keeps its doubles aligned: %s' % args_of('glMapGrid2d'))
+    check(args_of('glDrawPixels') == ['IMAGE_FLAGS', 'SCALAR', 'SCALAR', 'SCALAR', 'SCALAR', 'IMAGE'],
+          'glDrawPixels has its image flags first')
+    check(args_of('glGetIntegerv') == ['SCALAR', 'OUT'], 'glGetIntegerv writes an output pointer')
+    check(len(re.findall(r'^static void decode_gl[A-Z]', decode, re.M)) == 305, 'a decode row for every GL command')
+    check('(GlsFunc)decode_glsEndGLS,' in decode.split('gls_swap_table')[1], 'a command without arguments has nothing to swap')
+    names = open(os.path.join(out, 'gls_names.cpp')).read()
+    check('"GLS_DISPLAY_LIST_SGIX", // 0x200' in names, 'the GLS row at 512')
+    check('{"GLS_FALSE", 0},' in names and '{"GLS_TRUE", 1},' in names, 'the extra pairs of the GLS dictionary')
+    tables = open(os.path.join(out, 'gls_tables.cpp')).read()
+    wrap = tables[tables.index('wrap_glClear('):]
+    check('gls_set_error' not in wrap[:wrap.index('}')], 'an idle wrapper forwarder sets no error')
 
 # A table out of catalogue order, or with a bad line, stops generation and names the line.
 source = open(table).read().splitlines()

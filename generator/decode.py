@@ -1,0 +1,195 @@
+"""The reading side's rows, from the same stream kinds as the capture functions.
+
+Each command gets a descriptor: its arguments in stream order as the capture function lays them
+out (the binary form's fillers included), each with its element type, how its text is read and
+which earlier arguments give its count. One hand-written interpreter (gls/decode.cpp and
+gls/text_reader.cpp) walks a descriptor to decode a binary command, to swap one in place, or to
+parse a statement; a generated thunk per command then makes the call with the exact signature.
+The decode, swap and text rows are one-line functions around the interpreter.
+"""
+import capture
+
+ELEMENT_NAMES = {
+    'GLbyte': 'BYTE', 'GLubyte': 'UBYTE', 'GLboolean': 'BOOLEAN', 'GLshort': 'SHORT',
+    'GLushort': 'USHORT', 'GLint': 'INT', 'GLsizei': 'INT', 'GLuint': 'UINT', 'GLfloat': 'FLOAT',
+    'GLclampf': 'FLOAT', 'GLdouble': 'DOUBLE', 'GLclampd': 'DOUBLE', 'GLlong': 'LONG',
+    'GLenum': 'UINT', 'GLSenum': 'INT', 'GLSopcode': 'INT', 'GLbitfield': 'UINT',
+}
+# How a scalar's text names its value, by C type or stream kind.
+TYPE_NAMES = {'GLenum': 'ENUM', 'GLSenum': 'GLS_ENUM', 'GLSopcode': 'OPCODE'}
+KIND_NAMES = {'clearMask': 'ATTRIB_MASK', 'attribMask': 'ATTRIB_MASK',
+              'clientAttribMask': 'CLIENT_ATTRIB_MASK', 'blendFactor': 'ENUM', 'stencilOp': 'ENUM',
+              'drawBuffer': 'ENUM', 'begin': 'ENUM'}
+# Stream kinds whose arguments name earlier parameters, in this order.
+REF_KINDS = {'callLists': 'CALL_LISTS', 'indices': 'INDICES', 'map1': 'MAP1', 'map2': 'MAP2',
+             'vertexData': 'VERTEX_DATA', 'image': 'IMAGE', 'bitmap': 'BITMAP'}
+
+
+def ref(r, text):
+    """An earlier argument by its index, or a constant c as -(c + 1)."""
+    names = [p.name for p in r.params]
+    if text in names:
+        return names.index(text)
+    return -(int(text) + 1)
+
+
+def size_table_index(t, name):
+    return t.size_table_names().index(name)
+
+
+def element(p):
+    if p.base not in ELEMENT_NAMES:
+        raise ValueError('%s: no element type for %s' % (p.name, p.ctype))
+    return 'GLS_ELEMENT_' + ELEMENT_NAMES[p.base]
+
+
+def desc(t, r, item, out_index):
+    """The initializer of one argument: kind, element, name, table, argument index, refs."""
+    if item.param is None:
+        if item.pad:
+            return '{GLS_ARG_PAD, GLS_ELEMENT_UBYTE, GLS_NAME_NUMBER, -1, -1, {%d, 0, 0, 0, 0}}' % item.pad
+        return '{GLS_ARG_IMAGE_FLAGS, GLS_ELEMENT_UINT, GLS_NAME_NUMBER, -1, -1, {0, 0, 0, 0, 0}}'
+    p = item.param
+    index = r.params.index(p)
+    k, a = p.kind, p.kind_args
+    refs = [0, 0, 0, 0, 0]
+    table = -1
+    name = 'NUMBER'
+    elem = None
+    if item.code.startswith('writer->putGLint(writer, map.'):
+        kind, elem = 'SCALAR', 'GLS_ELEMENT_INT'
+    elif k is None and p.is_pointer:
+        kind, elem = 'OUT', 'GLS_ELEMENT_LONG'
+        refs[0] = out_index
+    elif k is None or k in capture.NAMED_SLOTS or k in ('hex', 'header') or (k == 'byEnum' and not p.is_pointer):
+        kind, elem = 'SCALAR', element(p)
+        name = KIND_NAMES.get(k) or TYPE_NAMES.get(p.base, 'NUMBER')
+    elif k in ('vec', 'byEnum'):
+        kind, elem = 'VECTOR', element(p)
+        rule = a[0]
+        if ':' in rule:
+            pname, tname = rule.split(':')
+            refs[0] = ref(r, pname)
+            table = size_table_index(t, tname)
+        else:
+            refs[0] = ref(r, rule)
+    elif k == 'matrix':
+        kind, elem = 'MATRIX', element(p)
+    elif k == 'string':
+        kind, elem = 'STRING', 'GLS_ELEMENT_UBYTE'
+    elif k == 'pointer':
+        kind, elem = 'POINTER', 'GLS_ELEMENT_LONG'
+        refs[0] = 4  # the out-argument slot that stands for pointers
+    elif k in REF_KINDS:
+        kind = REF_KINDS[k]
+        elem = element(p) if k in ('map1', 'map2') else 'GLS_ELEMENT_UBYTE'
+        for i, arg in enumerate(a):
+            refs[i] = ref(r, arg)
+    else:
+        raise ValueError('%s: unknown stream kind %s' % (p.name, k))
+    return '{GLS_ARG_%s, %s, GLS_NAME_%s, %d, %d, {%s}}' % (
+        kind, elem, name, table, index, ', '.join(str(x) for x in refs))
+
+
+def value_of(p, i):
+    """The C expression that hands argument i to the call with its exact type."""
+    v = 'a[%d]' % i
+    if p.is_pointer:
+        return '(%s)%s.p' % (p.ctype, v)
+    if p.base in ('GLfloat', 'GLclampf'):
+        return '%s.f' % v
+    if p.base in ('GLdouble', 'GLclampd'):
+        return '%s.d' % v
+    if p.base == 'GLlong':
+        return '%s.i' % v
+    if p.base in ('GLuint', 'GLenum', 'GLbitfield', 'GLushort', 'GLubyte', 'GLboolean'):
+        return '(%s)%s.u' % (p.ctype, v)
+    return '(%s)%s.i' % (p.ctype, v)
+
+
+def command_items(r):
+    prelude, items = capture.items_of(r)
+    placed, parity, size = capture.layout(items)
+    return placed
+
+
+def gen_decode(t, header):
+    cmds = t.command_list()
+    out = [header, '#include "gls/decode.h"\n\n#include "gen/commands.h"\n#include "gls/tables.h"\n\n']
+    out.append('// Arguments of each command in stream order, as its capture function writes them.\n')
+    for r in cmds:
+        items = command_items(r)
+        outs = 0
+        rows = []
+        for it in items:
+            rows.append(desc(t, r, it, outs))
+            if it.param is not None and it.param.kind is None and it.param.is_pointer:
+                outs += 1
+        if rows:
+            out.append('static const GlsArgDesc args_%s[%d] = {\n' % (r.name, len(rows)))
+            out += ['    %s,\n' % x for x in rows]
+            out.append('};\n')
+    out.append('\n// The calls, each with its command\'s exact signature.\n')
+    for r in cmds:
+        args = ', '.join(value_of(p, i) for i, p in enumerate(r.params))
+        used = 'a' if r.params else ''
+        out.append('static void call_%s(GlsFunc f, const GlsArgValue *%s)\n{\n    ((fn_%s)f)(%s);\n}\n' %
+                   (r.name, used, r.name, args))
+    out.append('\nconst GlsCommandDesc gls_command_descs[GLS_OPCODE_COUNT] = {\n')
+    rows = ['{nullptr, 0, 0, nullptr}'] * 496
+    for r in cmds:
+        n = len(command_items(r))
+        rows[r.opcode] = '{%s, %d, %d, call_%s}' % ('args_' + r.name if n else 'nullptr', n, len(r.params), r.name)
+    out += ['    %s, // %d\n' % (x, i) for i, x in enumerate(rows)]
+    out.append('};\n\n')
+    out.append('// Decode rows take the stored arguments, swap rows swap them in place first, text rows\n'
+               '// parse a statement; each hands its opcode to the one interpreter.\n')
+    for r in cmds:
+        out.append('static void decode_%s(uint8_t *args, uint32_t size) { gls_decode_command(OP_%s, args, size); }\n' % (r.name, r.name))
+        if r.params:
+            out.append('static void swap_%s(uint8_t *args, uint32_t size) { gls_swap_command(OP_%s, args, size); }\n' % (r.name, r.name))
+        out.append('static void text_%s(GlsReader *reader) { gls_text_command(reader, OP_%s); }\n' % (r.name, r.name))
+    for table, prefix in (('gls_decode_table', 'decode_'), ('gls_swap_table', 'swap_'), ('gls_text_table', 'text_')):
+        rows = ['nullptr'] * 496
+        for r in cmds:
+            # A command without arguments has nothing to swap: its swap row is its decode row.
+            name = prefix if r.params or prefix != 'swap_' else 'decode_'
+            rows[r.opcode] = '(GlsFunc)%s%s' % (name, r.name)
+        out.append('\nconst GlsFunc %s[GLS_OPCODE_COUNT] = {\n' % table)
+        out += ['    %s,\n' % x for x in rows]
+        out.append('};\n')
+    return ''.join(out)
+
+
+def gen_recorders(cmds):
+    """Test stubs of the default dispatch: each writes its call to the recording context's
+    capture, so that what a read executes can be compared as text."""
+    out = ['\n// Recording stubs: the call goes to gls_recording_context\'s capture.\n',
+           '#include "gls/gls.h"\n#include <cstring>\n\n',
+           'GlsContext *gls_recording_context;\n\n',
+           'static GlsContext *record_enter()\n{\n'
+           '    GlsContext *reading = gls_current();\n'
+           '    GlsContext *recording = gls_recording_context;\n'
+           '    // Output pointers of a read stand as the numbers the stream gave.\n'
+           '    recording->callNesting = reading ? reading->callNesting : 0;\n'
+           '    if (reading)\n'
+           '        memcpy(recording->outArgPointers, reading->outArgPointers, sizeof recording->outArgPointers);\n'
+           '    gls_tls_set(gls_tls_context, recording);\n'
+           '    return reading;\n}\n\n']
+    for r in cmds:
+        ret = 'return 0;\n' if r.returns else ''
+        # A question the recording context's own capture asks GL (the unpack state of an image)
+        # is answered by nobody: it is not a call of the stream.
+        out.append('static %s GLS_APIENTRY record_%s(%s)\n{\n'
+                   '    if (gls_recording_context->directCallDepth != 0)\n        return%s;\n'
+                   '    GlsContext *reading = record_enter();\n'
+                   '    ((fn_%s)gls_forwarders[OP_%s])(%s);\n    gls_tls_set(gls_tls_context, reading);\n    %s}\n\n' %
+                   (r.ret, r.name, r.decl_params(), ' 0' if r.returns else '', r.name, r.name, r.arg_names(), ret))
+    rows = ['nullptr'] * 496
+    for r in cmds:
+        rows[r.opcode] = '(GlsFunc)record_%s' % r.name
+    out.append('extern const GlsFunc gls_recorders[GLS_OPCODE_COUNT];\n'
+               'const GlsFunc gls_recorders[GLS_OPCODE_COUNT] = {\n')
+    out += ['    %s,\n' % x for x in rows]
+    out.append('};\n')
+    return ''.join(out)

@@ -1,0 +1,637 @@
+// The stream codec's reading side: round trips through every form, the text parser's rules, bad
+// input, and the queries. A recording stub stands in for the real functions: each executed call
+// is written by a second context's text capture, so what a read did is compared as one text.
+#include "gen/commands.h"
+#include "gen/dispatch_calls.h"
+#include "gen/gl_enums.h"
+#include "gls/gls.h"
+#include "gls/tables.h"
+#include "gls/writer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+void gls_call_sample(int opcode);
+extern const GlsFunc gls_recorders[GLS_OPCODE_COUNT];
+extern GlsContext *gls_recording_context;
+
+namespace {
+
+std::string written, recorded;
+
+size_t collect(size_t count, const void *bytes)
+{
+    written.append((const char *)bytes, count);
+    return count;
+}
+
+size_t collect_recorded(size_t count, const void *bytes)
+{
+    recorded.append((const char *)bytes, count);
+    return count;
+}
+
+std::string file_text(const std::string &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+const std::string data_dir = QUONDALE_TEST_DATA;
+
+// A reading context, and a recording context whose capture writes what the reads execute.
+class Reader : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        static bool attached = gls_process_attach();
+        ASSERT_TRUE(attached);
+    }
+
+    void SetUp() override
+    {
+        memcpy(saved_dispatch, gls_default_dispatch, sizeof saved_dispatch);
+        recording_id = glsGenContext();
+        glsContext(recording_id);
+        glsWriteFunc(collect_recorded);
+        ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, GLS_WRITE_NO_FRAME));
+        gls_recording_context = gls_current();
+        memset(gls_recording_context->captureFlags, GLS_CAPTURE_WRITE_BIT, GLS_OPCODE_COUNT);
+        id = glsGenContext();
+        glsContext(id);
+        ctx = gls_current();
+        glsWriteFunc(collect);
+        // Write only: the samples are not executed, and a copy writes what it reads.
+        for (int op = 0; op < GLS_OPCODE_COUNT; ++op)
+            if (op != OP_glsBeginGLS && op != OP_glsEndGLS && op != OP_glsPad)
+                ctx->captureFlags[op] = GLS_CAPTURE_WRITE_BIT;
+        written.clear();
+        recorded.clear();
+        glsGetError();
+    }
+
+    void TearDown() override
+    {
+        memcpy(gls_default_dispatch, saved_dispatch, sizeof saved_dispatch);
+        glsDeleteContext(recording_id);
+        glsDeleteContext(id);
+        glsContext(0);
+        glsGetError();
+    }
+
+    // From here on the reads' calls go to the recorder.
+    void record()
+    {
+        for (int op = 0; op < GLS_OPCODE_COUNT; ++op)
+            if (gls_opcode_exists(op))
+                gls_default_dispatch[op] = gls_recorders[op];
+        gls_update_dispatch(ctx);
+    }
+
+    std::string take_recorded()
+    {
+        gls_flush_writer(gls_recording_context->currentWriter);
+        std::string text = recorded;
+        recorded.clear();
+        return text;
+    }
+
+    // Every command's sample call but the frame's own, captured in one stream.
+    std::string samples(GLSenum type, const char *name = "")
+    {
+        written.clear();
+        EXPECT_TRUE(glsBeginCapture((const GLubyte *)name, type, 0));
+        for (int op = 0; op < GLS_OPCODE_COUNT; ++op)
+            if (gls_opcode_exists(op) && op != OP_glsBeginGLS && op != OP_glsEndGLS && op != OP_glsPad)
+                gls_call_sample(op);
+        glsEndCapture();
+        std::string stream = written;
+        written.clear();
+        return stream;
+    }
+
+    // Reads a stream of one form from memory while a capture of another form is open.
+    std::string copy(GLSenum from, const std::string &stream, GLSenum to)
+    {
+        written.clear();
+        EXPECT_TRUE(glsBeginCapture((const GLubyte *)"", to, 0));
+        glsCallArray(from, stream.size(), (const GLubyte *)stream.data());
+        glsEndCapture();
+        std::string result = written;
+        written.clear();
+        return result;
+    }
+
+    std::string play(GLSenum type, const std::string &stream)
+    {
+        glsCallArray(type, stream.size(), (const GLubyte *)stream.data());
+        return take_recorded();
+    }
+
+    GlsFunc saved_dispatch[GLS_OPCODE_COUNT];
+    GLuint id = 0, recording_id = 0;
+    GlsContext *ctx = nullptr;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Round trips
+
+TEST_F(Reader, EveryCommandComesBackThroughEveryForm)
+{
+    std::string text = samples(GLS_TEXT);
+    std::string lsb = samples(GLS_BINARY_LSB_FIRST);
+    std::string msb = samples(GLS_BINARY_MSB_FIRST);
+    samples(GLS_CONTEXT, "samples");
+    ASSERT_EQ(std::count(text.begin(), text.end(), ';'), 335 - 3 + 2);
+
+    EXPECT_EQ(copy(GLS_TEXT, text, GLS_TEXT), text);
+    EXPECT_EQ(copy(GLS_BINARY_LSB_FIRST, lsb, GLS_BINARY_LSB_FIRST), lsb);
+    EXPECT_EQ(copy(GLS_BINARY_MSB_FIRST, msb, GLS_BINARY_MSB_FIRST), msb);
+    EXPECT_EQ(copy(GLS_BINARY_MSB_FIRST, msb, GLS_BINARY_LSB_FIRST), lsb);
+    EXPECT_EQ(copy(GLS_BINARY_LSB_FIRST, lsb, GLS_TEXT), text);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+
+    // A read sets the unpack parameters once, before its first image, for the stream's tight data.
+    std::string played = text;
+    played.insert(played.find("glBitmap("),
+                  "glPixelStorei(GL_UNPACK_ALIGNMENT, 1);\n"
+                  "glPixelStorei(GL_UNPACK_LSB_FIRST, GL_FALSE);\n"
+                  "glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);\n"
+                  "glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);\n"
+                  "glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);\n"
+                  "glPixelStorei(GL_UNPACK_SWAP_BYTES, GL_FALSE);\n");
+    record();
+    EXPECT_EQ(play(GLS_TEXT, text), played);
+    EXPECT_EQ(play(GLS_BINARY_LSB_FIRST, lsb), played);
+    EXPECT_EQ(play(GLS_BINARY_MSB_FIRST, msb), played);
+    EXPECT_EQ(glsCallStream((const GLubyte *)"samples"), GLS_CONTEXT);
+    EXPECT_EQ(take_recorded(), played);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+}
+
+// A corpus of every kind of argument with telling values, written by hand in the text form.
+TEST_F(Reader, EveryKindOfArgumentKeepsItsValueThroughEveryForm)
+{
+    std::string kinds = file_text(data_dir + "/kinds.gls");
+    ASSERT_GT(kinds.size(), 2000u);
+    EXPECT_EQ(copy(GLS_TEXT, kinds, GLS_TEXT), kinds);
+    for (GLSenum binary : {GLS_BINARY_LSB_FIRST, GLS_BINARY_MSB_FIRST})
+        EXPECT_EQ(copy(binary, copy(GLS_TEXT, kinds, binary), GLS_TEXT), kinds) << binary;
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"kinds", GLS_CONTEXT, 0));
+    glsCallArray(GLS_TEXT, kinds.size(), (const GLubyte *)kinds.data());
+    glsEndCapture();
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0));
+    EXPECT_EQ(glsCallStream((const GLubyte *)"kinds"), GLS_CONTEXT);
+    glsEndCapture();
+    EXPECT_EQ(written, kinds);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+    record();
+    EXPECT_EQ(play(GLS_TEXT, kinds), kinds);
+}
+
+std::string fed;
+size_t fed_at;
+
+// Hands the stream out seven bytes at a time, so that tokens and commands straddle refills.
+size_t feed(size_t count, void *bytes)
+{
+    size_t n = std::min({count, (size_t)7, fed.size() - fed_at});
+    memcpy(bytes, fed.data() + fed_at, n);
+    fed_at += n;
+    return n;
+}
+
+TEST_F(Reader, AnUnnamedStreamReadsThroughTheReadCallbackInPieces)
+{
+    std::string kinds = file_text(data_dir + "/kinds.gls");
+    std::string msb = copy(GLS_TEXT, kinds, GLS_BINARY_MSB_FIRST);
+    glsReadFunc(feed);
+    record();
+    for (GLSenum type : {GLS_TEXT, GLS_BINARY_MSB_FIRST}) {
+        fed = type == GLS_TEXT ? kinds : msb;
+        fed_at = 0;
+        EXPECT_EQ(glsCallStream((const GLubyte *)""), type);
+        EXPECT_EQ(take_recorded(), kinds);
+    }
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+}
+
+int misaligned_doubles, color_calls;
+void GLS_APIENTRY check_alignment(const GLdouble *v)
+{
+    ++color_calls;
+    misaligned_doubles += (uintptr_t)v % 8 != 0;
+}
+
+TEST_F(Reader, DoublesAreHandedOutAlignedAcrossRefills)
+{
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_BINARY_LSB_FIRST, 0));
+    for (int i = 0; i < 3000; ++i) {
+        const GLdouble color[3] = {0.5, (double)i, 1};
+        dispatch_glColor3dv(color);
+        if (i % 3)
+            dispatch_glEnd();
+    }
+    glsEndCapture();
+    fed = written;
+    fed_at = 0;
+    glsReadFunc(feed);
+    glsCommandFunc(GLS_CALL_FUNC, OP_glColor3dv, (GlsFunc)check_alignment);
+    EXPECT_EQ(glsCallStream((const GLubyte *)""), GLS_BINARY_LSB_FIRST);
+    EXPECT_EQ(color_calls, 3000);
+    EXPECT_EQ(misaligned_doubles, 0);
+}
+
+TEST_F(Reader, TheSampleProgramsHistoryReadsBackWhole)
+{
+    std::string history = file_text(data_dir + "/spinning_cube.gls");
+    ASSERT_GT(history.size(), 3000u);
+    EXPECT_EQ(copy(GLS_TEXT, history, GLS_TEXT), history);
+    std::string binary = copy(GLS_TEXT, history, GLS_BINARY_MSB_FIRST);
+    EXPECT_EQ(copy(GLS_BINARY_MSB_FIRST, binary, GLS_TEXT), history);
+    record();
+    EXPECT_EQ(play(GLS_TEXT, history), history);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+}
+
+TEST_F(Reader, AHistoryFileWithCarriageReturnsAndCommentsPlaysToItsEnd)
+{
+    // What the debugger saves: CR CR LF, "#" comments, and no glsEndGLS when the program exited.
+    std::string history = file_text(data_dir + "/spinning_cube.gls");
+    std::string expected = history.substr(0, history.size() - strlen("glsEndGLS();\n"));
+    char directory[] = "/tmp/reader_historyXXXXXX";
+    ASSERT_TRUE(mkdtemp(directory));
+    glsPrependReadPrefix((const GLubyte *)(data_dir + "/").c_str());
+    glsWritePrefix((const GLubyte *)(std::string(directory) + "/").c_str());
+    glsCopyStream((const GLubyte *)"history_crcrlf.gls", (const GLubyte *)"copy.gls", GLS_TEXT, 0);
+    EXPECT_EQ(file_text(std::string(directory) + "/copy.gls"), history) << "the copy's frame is its own";
+    record();
+    EXPECT_EQ(glsCallStream((const GLubyte *)"history_crcrlf.gls"), GLS_TEXT);
+    EXPECT_EQ(take_recorded(), expected);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+    unlink((std::string(directory) + "/copy.gls").c_str());
+    rmdir(directory);
+}
+
+// Words of a big-endian stream, written by hand.
+struct Bytes {
+    std::string bytes;
+    bool big = true;
+    Bytes &word(uint32_t w)
+    {
+        for (int i = 0; i < 4; ++i)
+            bytes += (char)(big ? w >> (24 - 8 * i) : w >> (8 * i));
+        return *this;
+    }
+    Bytes &half(uint16_t a, uint16_t b) { return word(big ? (uint32_t)a << 16 | b : (uint32_t)b << 16 | a); }
+    Bytes &doubles(std::initializer_list<double> values)
+    {
+        for (double d : values) {
+            uint64_t bits;
+            memcpy(&bits, &d, 8);
+            word(big ? (uint32_t)(bits >> 32) : (uint32_t)bits).word(big ? (uint32_t)bits : (uint32_t)(bits >> 32));
+        }
+        return *this;
+    }
+    Bytes &text(const char *t, size_t field)
+    {
+        std::string s(t);
+        s.resize(field, '\0');
+        bytes += s;
+        return *this;
+    }
+};
+
+Bytes sample_group(bool big)
+{
+    Bytes b;
+    b.big = big;
+    b.word(0).word(OP_glsBeginGLS).word(20).word(1).word(0);
+    b.half(OP_glClear, 8).word(0x4000);
+    b.half(OP_glColor3dv, 28).doubles({1, 2, 3});                 // at 28: the doubles lie at 32
+    b.half(OP_glsString, 24).word(12 | 1).text("Info", 8).word(8 | 1).text("x", 4);
+    b.half(500, 8).word(7);                                      // no such command
+    b.half(0, 0).word(0).word(0).word(0);                        // an end record: never in a file
+    return b;
+}
+
+TEST_F(Reader, BinaryStreamsOfBothByteOrdersAndMixedGroups)
+{
+    record();
+    const char *expected =
+        "glsBeginGLS(1, 0);\n"
+        "glClear(GL_COLOR_BUFFER_BIT);\n"
+        "glColor3dv({1, 2, 3});\n"
+        "glsString(\"Info\", \"x\");\n"
+        "glsUnsupportedCommand(\"0x1F4\");\n";
+    for (bool big : {true, false}) {
+        Bytes b = sample_group(big);
+        // Without its zero words the group ends in glsEndGLS, and a text group follows.
+        b.bytes.resize(b.bytes.size() - 16);
+        b.word(0).word(OP_glsEndGLS).word(12);
+        b.bytes += "glsBeginGLS(1, 0);\nglEnd();\nglsEndGLS();\n";
+        EXPECT_EQ(play(big ? GLS_BINARY_MSB_FIRST : GLS_BINARY_LSB_FIRST, b.bytes),
+                  std::string(expected) + "glsEndGLS();\nglsBeginGLS(1, 0);\nglEnd();\nglsEndGLS();\n");
+        // Bytes that are no command end the read.
+        EXPECT_EQ(play(big ? GLS_BINARY_MSB_FIRST : GLS_BINARY_LSB_FIRST, sample_group(big).bytes), expected);
+        EXPECT_EQ(glsGetError(), GLS_DECODE_ERROR);
+    }
+}
+
+TEST_F(Reader, ACommandLargerThanTheBufferGrowsIt)
+{
+    std::vector<GLint> values(20000, 7);
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_BINARY_LSB_FIRST, 0));
+    dispatch_glsNumiv((const GLubyte *)"big", (GLuint)values.size(), values.data());
+    dispatch_glEnd();
+    glsEndCapture();
+    std::string stream = written;
+    char directory[] = "/tmp/reader_bigXXXXXX";
+    ASSERT_TRUE(mkdtemp(directory));
+    std::string path = std::string(directory) + "/big.gls";
+    std::ofstream(path, std::ios::binary) << stream;
+    glsPrependReadPrefix((const GLubyte *)(std::string(directory) + "/").c_str());
+    glsWritePrefix((const GLubyte *)(std::string(directory) + "/").c_str());
+    glsCopyStream((const GLubyte *)"big.gls", (const GLubyte *)"again.gls", GLS_BINARY_LSB_FIRST, 0);
+    EXPECT_EQ(file_text(std::string(directory) + "/again.gls"), stream);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+    unlink(path.c_str());
+    unlink((std::string(directory) + "/again.gls").c_str());
+    rmdir(directory);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The text parser
+
+TEST_F(Reader, TextAcceptsMoreThanTheWriterWrites)
+{
+    record();
+    std::string long_name(257, 'g');
+    std::string text =
+        "# a comment before the start\n"
+        "glsBeginGLS(1, 0); # and one behind a statement\n"
+        "glClear(GL_DEPTH_BUFFER_BIT | 0x4000);\n"
+        "glCallList(0x10); glCallList('A');\n"
+        "glColor4fv({GLS_INF, -GLS_INF, 0x3F800000, 1e39});\n"
+        "glColor3fv({0x7FC00000, GLS_NAN, 1.5e-3,});\n"
+        "glsComment(\"ab\"\n   \"cd\");\n"
+        "glsComment(\"semi;colon\\\" \\<E9>\");\n"
+        "glFoo(1, \"x;y\");\n"
+        "glLineWidth(GL_ONE);\n"
+        "glsError(GLS_OP_glClear, GLS_IO_ERROR);\n"
+        "glClearIndex(nan);\n"
+        "glsString(\"a\", 5, \"b;c\"); glEnd();\n"
+        + long_name + "(1);\n"
+        "glColor3bv({-128, 127, '0'});\n"
+        "glColor3ubv({256, 0, 0});\n"
+        "glColor3fv({}); glsNumiv(\"n\", 3, {}); glsNumiv(\"huge\", 100000, {});\n"
+        "glsEndGLS();\n";
+    EXPECT_EQ(play(GLS_TEXT, text),
+              "glsBeginGLS(1, 0);\n"
+              "glClear(GL_DEPTH_BUFFER_BIT | GL_COLOR_BUFFER_BIT);\n"
+              "glCallList(16);\n"
+              "glCallList(65);\n"
+              "glsError(GLS_OP_glColor4fv, GLS_DECODE_ERROR);\n"
+              "glColor3fv({0x7FC00000, 0xFFFFFFFF, 0.0015});\n"
+              "glsComment(\"abcd\");\n"
+              "glsComment(\"semi;colon\\\" \\<E9>\");\n"
+              "glsUnsupportedCommand(\"glFoo\");\n"
+              "glLineWidth(1);\n"
+              "glsError(GLS_OP_glClear, GLS_IO_ERROR);\n"
+              "glsError(GLS_OP_glClearIndex, GLS_DECODE_ERROR);\n"
+              "glsError(GLS_OP_glsString, GLS_DECODE_ERROR);\n"
+              "glEnd();\n"
+              "glsError(0, GLS_DECODE_ERROR);\n"
+              "glColor3bv({-128, 127, 48});\n"
+              "glsError(GLS_OP_glColor3ubv, GLS_DECODE_ERROR);\n"
+              "glColor3fv({0, 0, 0});\n"
+              "glsNumiv(\"n\", 3, {0, 0, 0});\n"
+              "glsError(GLS_OP_glsNumiv, GLS_DECODE_ERROR);\n"
+              "glsEndGLS();\n");
+}
+
+TEST_F(Reader, StreamStartsAndTheirRefusals)
+{
+    record();
+    EXPECT_EQ(play(GLS_TEXT, "glsBeginGLS(1, 0);"), "glsBeginGLS(1, 0);\n") << "a start alone, 18 bytes";
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+    for (std::string refused : {std::string(10, '\0'), std::string("glsBeginGLS(1 0);"),
+                                Bytes().word(0).word(OP_glsBlock).word(20).word(1).word(0).bytes}) {
+        EXPECT_EQ(play(GLS_BINARY_MSB_FIRST, refused), "");
+        EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    }
+    EXPECT_EQ(glsCallStream((const GLubyte *)"no such stream"), GLS_NONE);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Bad input: the named error or a skip, never a crash or an allocation without bound
+
+TEST_F(Reader, TruncatedStreamsEndAtEveryByte)
+{
+    std::string lsb = samples(GLS_BINARY_LSB_FIRST), msb = samples(GLS_BINARY_MSB_FIRST);
+    std::string text = samples(GLS_TEXT);
+    for (size_t n = 0; n < lsb.size(); ++n) {
+        glsCallArray(GLS_BINARY_LSB_FIRST, n, (const GLubyte *)lsb.data());
+        glsCallArray(GLS_BINARY_MSB_FIRST, n, (const GLubyte *)msb.data());
+        EXPECT_NE(glsGetError(), GLS_NONE) << n;
+    }
+    for (size_t n = 0; n < text.size(); ++n)
+        glsCallArray(GLS_TEXT, n, (const GLubyte *)text.data());
+    glsGetError();
+    EXPECT_EQ(ctx->callNesting, 0);
+}
+
+TEST_F(Reader, MutatedStreamsEndWithoutHarm)
+{
+    std::string kinds = file_text(data_dir + "/kinds.gls");
+    std::string msb = copy(GLS_TEXT, kinds, GLS_BINARY_MSB_FIRST);
+    uint32_t state = 12345;
+    auto next = [&] { state = state * 1103515245u + 12345u; return state >> 8; };
+    for (int round = 0; round < 3000; ++round) {
+        bool binary = round % 2;
+        std::string stream = binary ? msb : kinds;
+        // Keep the start, so that the damage falls on commands.
+        for (int flips = 1 + (int)(next() % 4); flips > 0; --flips)
+            stream[20 + next() % (stream.size() - 20)] = (char)next();
+        glsCallArray(binary ? GLS_BINARY_MSB_FIRST : GLS_TEXT, stream.size(), (const GLubyte *)stream.data());
+    }
+    glsGetError();
+    EXPECT_EQ(ctx->callNesting, 0);
+    EXPECT_FALSE(glsIsEnabled(GLS_ABORT_CALL));
+}
+
+TEST_F(Reader, EveryOpcodeNumberIsDecodedOrPassedOver)
+{
+    // Every opcode with eight zero bytes, in both header forms.
+    Bytes b;
+    b.big = false;
+    b.word(0).word(OP_glsBeginGLS).word(20).word(1).word(0);
+    for (uint32_t op = 1; op < 65536; ++op)
+        b.half((uint16_t)op, 12).word(0).word(0);
+    for (uint32_t op = 1; op < 65536; op += 97)
+        b.word(0).word(op).word(20).word(0).word(0);
+    b.word(0).word(OP_glsEndGLS).word(12);
+    glsCallArray(GLS_BINARY_LSB_FIRST, b.bytes.size(), (const GLubyte *)b.bytes.data());
+    EXPECT_EQ(ctx->callNesting, 0);
+    glsGetError();
+}
+
+TEST_F(Reader, LyingLengthsAndCountsAreRefused)
+{
+    record();
+    auto group = [](Bytes body) {
+        Bytes b;
+        b.big = false;
+        b.word(0).word(OP_glsBeginGLS).word(20).word(1).word(0);
+        b.bytes += body.bytes;
+        return b.bytes;
+    };
+    Bytes past, wrap, count, string;
+    past.big = wrap.big = count.big = string.big = false;
+    past.half(OP_glEnd, 0xFFFC).word(0);                          // past the end of the data
+    wrap.word(0).word(OP_glEnd).word(0xFFFFFFFC);                 // a size that wraps 32 bits
+    count.half(OP_glsNumbv, 16).word(8 | 1).text("t", 4).word(0x40000000);  // a 1 GB vector
+    string.half(OP_glsComment, 12).word(64 | 1).text("abcd", 4);  // a field longer than its command
+    EXPECT_EQ(play(GLS_BINARY_LSB_FIRST, group(past)), "glsBeginGLS(1, 0);\n");
+    EXPECT_EQ(glsGetError(), GLS_DECODE_ERROR);
+    EXPECT_EQ(play(GLS_BINARY_LSB_FIRST, group(wrap)), "glsBeginGLS(1, 0);\n");
+    EXPECT_EQ(glsGetError(), GLS_DECODE_ERROR);
+    EXPECT_EQ(play(GLS_BINARY_LSB_FIRST, group(count)),
+              "glsBeginGLS(1, 0);\nglsError(GLS_OP_glsNumbv, GLS_DECODE_ERROR);\n");
+    glsGetError();
+    EXPECT_EQ(play(GLS_BINARY_LSB_FIRST, group(string)),
+              "glsBeginGLS(1, 0);\nglsError(GLS_OP_glsComment, GLS_DECODE_ERROR);\n");
+    glsGetError();
+    EXPECT_EQ(play(GLS_TEXT, "glsBeginGLS(1, 0);\nglsNumbv(\"t\", 1073741824, {1, 2});\nglsComment(\"open"),
+              "glsBeginGLS(1, 0);\nglsError(GLS_OP_glsNumbv, GLS_DECODE_ERROR);\nglsError(GLS_OP_glsComment, GLS_DECODE_ERROR);\n");
+    static const char nul_bytes[] = "glsBeginGLS(1, 0);\nglEnd();\0\0glFlush();glFinish();\n";
+    std::string nul(nul_bytes, sizeof nul_bytes - 1);
+    EXPECT_EQ(play(GLS_TEXT, nul), "glsBeginGLS(1, 0);\nglEnd();\nglsError(0, GLS_DECODE_ERROR);\nglFinish();\n");
+    std::string line = "glsBeginGLS(1, 0);\nglsComment(\"" + std::string(10 << 20, 'x') + "\");\n" +
+                       std::string(10 << 20, 'y') + ";glEnd();";
+    std::string played = play(GLS_TEXT, line);
+    std::string tail = "\");\nglsError(0, GLS_DECODE_ERROR);\nglEnd();\n";
+    EXPECT_EQ(played.size(), strlen("glsBeginGLS(1, 0);\nglsComment(\"") + (10u << 20) + tail.size());
+    EXPECT_EQ(played.substr(played.size() - tail.size()), tail);
+}
+
+TEST_F(Reader, NestingStopsAtSixtyFourAndAbortsTheRest)
+{
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"self", GLS_CONTEXT, 0));
+    dispatch_glsCallStream((const GLubyte *)"self");
+    dispatch_glEnd();
+    glsEndCapture();
+    record();
+    // The recorder stands in for glEnd only: glsCallStream executes for real.
+    gls_default_dispatch[OP_glsCallStream] = saved_dispatch[OP_glsCallStream];
+    gls_update_dispatch(ctx);
+    EXPECT_EQ(glsCallStream((const GLubyte *)"self"), GLS_CONTEXT);
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+    std::string begins;
+    for (int level = 0; level < 64; ++level)
+        begins += "glsBeginGLS(1, 0);\n";
+    EXPECT_EQ(take_recorded(), begins) << "the 65th read aborts everything behind it";
+    EXPECT_FALSE(glsIsEnabled(GLS_ABORT_CALL));
+    EXPECT_EQ(glsGeti(GLS_CALL_NESTING), 0);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Queries
+
+GLsizei consumed_at_end[2];
+int end_calls;
+void GLS_APIENTRY note_consumed() { consumed_at_end[end_calls++ % 2] = (GLsizei)glsGetConsumedBytes(); }
+
+TEST_F(Reader, ConsumedBytesCountUpToTheCommandInHand)
+{
+    glsCommandFunc(GLS_CALL_FUNC, OP_glEnd, (GlsFunc)note_consumed);
+    Bytes b;
+    b.big = false;
+    b.word(0).word(OP_glsBeginGLS).word(20).word(1).word(0).half(OP_glEnd, 4).half(OP_glEnd, 4).word(0).word(OP_glsEndGLS).word(12);
+    glsCallArray(GLS_BINARY_LSB_FIRST, b.bytes.size(), (const GLubyte *)b.bytes.data());
+    EXPECT_EQ(consumed_at_end[0], 20);
+    EXPECT_EQ(consumed_at_end[1], 24);
+    std::string text = "glsBeginGLS(1, 0);\nglEnd();\n  glEnd();\n";
+    glsCallArray(GLS_TEXT, text.size(), (const GLubyte *)text.data());
+    EXPECT_EQ(consumed_at_end[0], 19);
+    EXPECT_EQ(consumed_at_end[1], 30);
+}
+
+TEST_F(Reader, QueriesGiveTheirExactAnswers)
+{
+    EXPECT_EQ(glsGetOpcodeCount(GLS_API_GLS), 30u);
+    EXPECT_EQ(glsGetOpcodeCount(GLS_API_GL), 305u);
+    EXPECT_EQ(glsGetOpcodes(GLS_API_GLS)[29], OP_glsSwapBuffers);
+    EXPECT_EQ(glsGetOpcodes(GLS_API_GL)[304], OP_glPointParameterfvEXT);
+    EXPECT_EQ(glsGetCommandi(OP_glsNumf, GLS_API), GLS_API_GLS);
+    EXPECT_EQ(glsGetCommandi(OP_glClear, GLS_API), GLS_API_GL);
+    EXPECT_EQ(glsGetCommandi(OP_glPixelStorei, GLS_IS_CLIENT_COMMAND), 1);
+    EXPECT_EQ(glsGetCommandi(OP_glGetIntegerv, GLS_IS_GET_COMMAND), 1);
+    EXPECT_EQ(glsGetCommandi(OP_glClear, GLS_IS_GET_COMMAND), 0);
+    EXPECT_EQ(glsGetEnumi(GLS_API_GL, GL_UNPACK_ALIGNMENT, GLS_IS_CLIENT_ENUM), 1);
+    EXPECT_EQ(glsGetEnumi(GLS_API_GL, GL_UNPACK_ALIGNMENT + 1, GLS_IS_CLIENT_ENUM), 0);
+    EXPECT_STREQ((const char *)glsGetOpcodeName(OP_glClear), "glClear");
+    EXPECT_EQ(glsGetOpcode((const GLubyte *)"glClear"), OP_glClear);
+    EXPECT_EQ(glsGetOpcode((const GLubyte *)"glClearer"), 0);
+    EXPECT_STREQ((const char *)glsGetEnumName(GLS_API_GL, GL_DEPTH_TEST), "GL_DEPTH_TEST");
+    EXPECT_STREQ((const char *)glsGetEnumName(GLS_API_GLS, 512), "GLS_DISPLAY_LIST_SGIX");
+    EXPECT_EQ(glsGetEnumName(GLS_API_GLS, 513), nullptr);
+    EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
+    EXPECT_EQ(glsGetEnumValue(GLS_API_GLS, (const GLubyte *)"GLS_TRUE"), 1);
+    EXPECT_EQ(glsGetEnumValue(GLS_API_GLS, (const GLubyte *)"GLS_FALSE"), 0);
+    EXPECT_EQ(glsGetEnumValue(GLS_API_GL, (const GLubyte *)"GL_FALSE"), 0);
+    EXPECT_EQ(glsGetEnumValue(GLS_API_GL, (const GLubyte *)"GL_NOTHING"), -1);
+    EXPECT_EQ(glsGeti(GLS_MAX_CALL_NESTING), 64);
+    EXPECT_EQ(glsGeti(GLS_MAX_CAPTURE_NESTING), 16);
+    EXPECT_EQ(glsGeti(GLS_VERSION_MAJOR), 1);
+    EXPECT_EQ(glsGeti(GLS_STRING_TYPE), GLS_UCS1);
+    EXPECT_STREQ((const char *)glsGetc(GLS_VENDOR), "ARB");
+    EXPECT_EQ(glsBinary(0), GLS_BINARY_LSB_FIRST);
+    EXPECT_EQ(glsBinary(1), GLS_BINARY_MSB_FIRST);
+    EXPECT_EQ(glsBinary(2), GLS_BINARY_LSB_FIRST);
+    EXPECT_TRUE(glsIsVersionSupported(GLS_API_GLS, 1, 0));
+    EXPECT_FALSE(glsIsVersionSupported(GLS_API_GLS, 1, 1));
+    EXPECT_TRUE(glsIsVersionSupported(GLS_API_GL, 1, 1)) << "1.1 without a GL context";
+    EXPECT_FALSE(glsIsVersionSupported(GLS_API_GL, 2, 0));
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+    GLint now[6];
+    glsGetl(GLS_CURRENT_TIME, now);
+    EXPECT_GE(now[0], 2024);
+    EXPECT_TRUE(now[1] >= 1 && now[1] <= 12);
+    glsDataPointer(&now);
+    EXPECT_EQ(glsGetPointer(GLS_DATA_POINTER), (void *)&now);
+    EXPECT_EQ(glsGetFunc(GLS_WRITE_FUNC), (GlsFunc)collect);
+    EXPECT_STREQ((const char *)glsGetListc(GLS_READ_PREFIX_LIST, glsGeti(GLS_READ_PREFIX_COUNT) - 1), "");
+    execute_glsBlock(GLS_HEADER);
+    execute_glsHeaderi(GLS_DEPTH_BITS, 24);
+    execute_glsHeaderc(GLS_TITLE, (const GLubyte *)"cube");
+    EXPECT_EQ(glsGetHeaderi(GLS_DEPTH_BITS), 24);
+    EXPECT_EQ(glsGetHeaderi(GLS_TILEABLE), 1);
+    EXPECT_STREQ((const char *)glsGetHeaderc(GLS_TITLE), "cube");
+}
+
+TEST_F(Reader, ExtensionsMatchAtTheirEndOnly)
+{
+    EXPECT_TRUE(glsIsExtensionSupported((const GLubyte *)"__GL_EXT_texture"));
+    EXPECT_TRUE(glsIsExtensionSupported((const GLubyte *)"__GL_EXT_texture3D"));
+    EXPECT_TRUE(glsIsExtensionSupported((const GLubyte *)"GL_EXT_abgr")) << "the start is not tested";
+    EXPECT_FALSE(glsIsExtensionSupported((const GLubyte *)"GL_EXT_textur"));
+    EXPECT_FALSE(glsIsExtensionSupported((const GLubyte *)"GL_EXT_texture3"));
+    EXPECT_FALSE(glsIsExtensionSupported((const GLubyte *)""));
+    std::string list = (const char *)glsGetc(GLS_EXTENSIONS);
+    EXPECT_EQ(list.compare(0, 28, "__GL_EXT_abgr __GL_EXT_blend"), 0);
+    EXPECT_EQ(list.back(), ' ');
+}
+
+}  // namespace
