@@ -83,6 +83,8 @@ def desc(t, r, item, out_index):
     elif k in REF_KINDS:
         kind = REF_KINDS[k]
         elem = element(p) if k in ('map1', 'map2') else 'GLS_ELEMENT_UBYTE'
+        if k == 'image':
+            a = list(a) + ['1'] * (5 - len(a))  # a flat image is one deep
         for i, arg in enumerate(a):
             refs[i] = ref(r, arg)
     else:

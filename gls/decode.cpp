@@ -9,6 +9,7 @@
 #include "gls/gls_string.h"
 #include "gls/tables.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -191,17 +192,104 @@ void gls_report_unsupported(const char *name)
     gls_string_free(&converted);
 }
 
-static const size_t OUT_AREA_SIZE = 65536;
+// Room for any state query.
+static const uint64_t OUT_AREA_SIZE = 65536;
 
-// A stream's output pointer is a number from another process: GL writes into an area of the
-// context's instead, big enough for any state query.
-void *gls_out_area(GlsContext *ctx)
+enum : int { SCRATCH_OUT = 1, SCRATCH_FEEDBACK = 2, SCRATCH_SELECT = 3 };
+
+static GLint direct_integer(GlsContext *ctx, GLenum pname)
 {
-    if (!ctx->clientState.scratch[1]) {
-        ctx->clientState.scratch[1] = gls_calloc(OUT_AREA_SIZE);
-        ctx->clientState.scratchSize[1] = ctx->clientState.scratch[1] ? OUT_AREA_SIZE : 0;
+    GLint value = 0;
+    int token = enterDirectCall(ctx, OP_glGetIntegerv);
+    ((fn_glGetIntegerv)gls_default_dispatch[OP_glGetIntegerv])(pname, &value);
+    leaveDirectCall(ctx, OP_glGetIntegerv, token);
+    return value;
+}
+
+static GLint direct_level_integer(GlsContext *ctx, GLenum target, GLint level, GLenum pname)
+{
+    GLint value = 0;
+    int token = enterDirectCall(ctx, OP_glGetTexLevelParameteriv);
+    ((fn_glGetTexLevelParameteriv)gls_default_dispatch[OP_glGetTexLevelParameteriv])(target, level, pname, &value);
+    leaveDirectCall(ctx, OP_glGetTexLevelParameteriv, token);
+    return value;
+}
+
+// Before the first read of pixels, the pack state is set for tight data, as for unpacking.
+static void prepare_pack(GlsContext *ctx)
+{
+    if (ctx->glInfo.packParametersSet)
+        return;
+    ctx->glInfo.packParametersSet = 1;
+    static const GLenum pnames[] = {GL_PACK_LSB_FIRST, GL_PACK_ROW_LENGTH, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS,
+                                    GL_PACK_SWAP_BYTES};
+    fn_glPixelStorei store = (fn_glPixelStorei)gls_default_dispatch[OP_glPixelStorei];
+    int token = enterDirectCall(ctx, OP_glPixelStorei);
+    store(GL_PACK_ALIGNMENT, 1);
+    for (GLenum pname : pnames)
+        store(pname, 0);
+    if (ctx->glInfo.extTexture3D == 1) {
+        store(GL_PACK_IMAGE_HEIGHT_EXT, 0);
+        store(GL_PACK_SKIP_IMAGES_EXT, 0);
     }
-    return ctx->clientState.scratch[1];
+    leaveDirectCall(ctx, OP_glPixelStorei, token);
+}
+
+// The bytes GL may write through the command's output pointer: the images and tables that a
+// read gets back are sized by their arguments and GL's own state, the rest are state queries.
+static uint64_t out_bytes(GlsContext *ctx, int opcode, const GlsArgValue *values)
+{
+    switch (opcode) {
+    case OP_glReadPixels:
+        prepare_pack(ctx);
+        return gls_image_bytes((GLenum)values[4].u, (GLenum)values[5].u, (GLsizei)values[2].i,
+                               (GLsizei)values[3].i, 1);
+    case OP_glGetTexImage: {
+        prepare_pack(ctx);
+        GLenum target = (GLenum)values[0].u;
+        GLint level = (GLint)values[1].i;
+        GLint width = direct_level_integer(ctx, target, level, GL_TEXTURE_WIDTH);
+        GLint height = direct_level_integer(ctx, target, level, GL_TEXTURE_HEIGHT);
+        GLint depth = target == GL_TEXTURE_3D_EXT ? direct_level_integer(ctx, target, level, GL_TEXTURE_DEPTH_EXT) : 1;
+        return gls_image_bytes((GLenum)values[2].u, (GLenum)values[3].u, width, height, depth);
+    }
+    case OP_glGetPixelMapfv:
+    case OP_glGetPixelMapuiv:
+    case OP_glGetPixelMapusv: {
+        // Each map's size query sits 64 above the map's own enumerant.
+        GLenum map = (GLenum)values[0].u;
+        GLint size = map >= GL_PIXEL_MAP_I_TO_I && map <= GL_PIXEL_MAP_A_TO_A ? direct_integer(ctx, map + 64) : 0;
+        return size > 0 ? (uint64_t)size * 4 : 0;
+    }
+    case OP_glFeedbackBuffer:
+    case OP_glSelectBuffer:
+        return values[0].i > 0 ? (uint64_t)values[0].i * 4 : 0;
+    default:
+        return 0;
+    }
+}
+
+void *gls_out_area(GlsContext *ctx, int opcode, const GlsArgValue *values)
+{
+    // A copy only writes the command again: GL is neither asked nor handed the area.
+    bool executed = ctx->captureNesting == 0 || (ctx->captureFlags[opcode] & GLS_CAPTURE_EXECUTE_BIT);
+    if (!executed)
+        opcode = -1;
+    int slot = opcode == OP_glFeedbackBuffer ? SCRATCH_FEEDBACK : opcode == OP_glSelectBuffer ? SCRATCH_SELECT : SCRATCH_OUT;
+    uint64_t bytes = std::max(out_bytes(ctx, opcode, values), slot == SCRATCH_OUT ? OUT_AREA_SIZE : 4);
+    GlsClientState *state = &ctx->clientState;
+    if (bytes > GLS_PIXEL_DATA_LIMIT)
+        return nullptr;
+    if (state->scratchSize[slot] < bytes) {
+        // GL holds a feedback or selection buffer only until the next one, which this is.
+        void *grown = gls_calloc((size_t)bytes);
+        if (!grown)
+            return nullptr;
+        gls_free(state->scratch[slot]);
+        state->scratch[slot] = grown;
+        state->scratchSize[slot] = (size_t)bytes;
+    }
+    return state->scratch[slot];
 }
 
 void gls_prepare_unpack(GlsContext *ctx)
@@ -302,6 +390,7 @@ static WalkResult string_argument(GlsContext *ctx, BinaryWalk *w, GlsString *scr
 static WalkResult walk_binary(GlsContext *ctx, const GlsCommandDesc *command, BinaryWalk *w,
                               GlsArgValue *values, GlsString *strings)
 {
+    int opcode = (int)(command - gls_command_descs);
     int string_index = 0;
     for (int i = 0; i < command->count; ++i) {
         const GlsArgDesc *d = &command->args[i];
@@ -342,7 +431,10 @@ static WalkResult walk_binary(GlsContext *ctx, const GlsCommandDesc *command, Bi
             if (!w->swap) {
                 // A capture of this command writes the stream's own number again.
                 ctx->outArgPointers[d->refs[0]] = number;
-                value->p = d->kind == GLS_ARG_OUT ? gls_out_area(ctx) : (const void *)(uintptr_t)number;
+                if (d->kind == GLS_ARG_POINTER)
+                    value->p = (const void *)(uintptr_t)number;
+                else if (!(value->p = gls_out_area(ctx, opcode, values)))
+                    return WALK_NO_MEMORY;
             }
             break;
         }

@@ -144,8 +144,9 @@ uint64_t gls_image_bytes(GLenum format, GLenum type, int64_t width, int64_t heig
 size_t gls_element_size(GLenum type);
 // Before the first image of a read, the unpack state is set for tight data.
 void gls_prepare_unpack(GlsContext *ctx);
-// The area an output pointer of a read points GL to.
-void *gls_out_area(GlsContext *ctx);
+// The area an output pointer of a read points GL to, big enough for what the command can write
+// there; the arguments before it are decoded. Null when no such area can be had.
+void *gls_out_area(GlsContext *ctx, int opcode, const GlsArgValue *values);
 
 // The text parser: the start of a text group, and the statement loop of one.
 bool gls_text_start(GlsReader *reader);

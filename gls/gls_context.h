@@ -113,8 +113,10 @@ struct GlsClientState {
     GlsClientArray texCoordArray[GLS_TEXTURE_UNITS];
     GlsClientArray edgeFlagArray;
     GLint words[4];
-    void *scratch[2];
-    size_t scratchSize[2];
+    // The codec's own blocks: a packed draw's data, a read's output area, and the feedback and
+    // selection buffers that a read hands GL, which GL keeps writing after the call.
+    void *scratch[4];
+    size_t scratchSize[4];
 };
 
 struct GlsWriter;

@@ -651,7 +651,10 @@ void gls_text_command(GlsReader *r, int opcode)
                 break;
             }
             ctx->outArgPointers[d->refs[0]] = number;
-            value->p = d->kind == GLS_ARG_OUT ? gls_out_area(ctx) : (const void *)(uintptr_t)number;
+            if (d->kind == GLS_ARG_POINTER)
+                value->p = (const void *)(uintptr_t)number;
+            else if (!(value->p = gls_out_area(ctx, opcode, values)))
+                fail(r, GLS_RESOURCE_ERROR);
             break;
         }
         case GLS_ARG_STRING:

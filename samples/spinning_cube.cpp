@@ -1,7 +1,9 @@
 // A classic OpenGL 1.1 program to watch under the debugger: a textured cube from a display list
 // and a lit, spinning pyramid drawn in immediate mode every frame.
-//   spinning_cube [--seconds N] [--frames N]    ends by itself, after 10 seconds by default;
-// with --frames the object turns by a fixed step a frame, so that every run draws the same calls
+//   spinning_cube [--seconds N] [--frames N] [--save-frame FILE]
+// ends by itself, after 10 seconds by default; with --frames the object turns by a fixed step a
+// frame, so that every run draws the same calls. --save-frame writes the last frame's colour
+// buffer to FILE as RGB rows from the bottom up, to compare with a replay of its history.
 #include <windows.h>
 
 #include <GL/gl.h>
@@ -162,6 +164,18 @@ static void draw_frame(GLuint cube_list, float seconds)
     glPopMatrix();
 }
 
+static void save_frame(const char *path)
+{
+    static GLubyte pixels[window_width * window_height * 3];
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, window_width, window_height, GL_RGB, GL_UNSIGNED_BYTE, pixels);
+    FILE *file = fopen(path, "wb");
+    if (!file || fwrite(pixels, sizeof pixels, 1, file) != 1)
+        fprintf(stderr, "spinning_cube: could not write %s\n", path);
+    if (file)
+        fclose(file);
+}
+
 static const char *option(int argc, char **argv, const char *name)
 {
     for (int index = 1; index + 1 < argc; ++index)
@@ -178,6 +192,7 @@ int main(int argc, char **argv)
         run_seconds = atof(text);
     if (const char *text = option(argc, argv, "--frames"))
         frame_limit = atol(text);
+    const char *frame_file = option(argc, argv, "--save-frame");
 
     HINSTANCE instance = GetModuleHandleA(nullptr);
     WNDCLASSA window_class = {};
@@ -238,6 +253,8 @@ int main(int argc, char **argv)
             break;
         // A fixed step with --frames: the same run, call for call, on any machine.
         draw_frame(cube_list, frame_limit > 0 ? frames * 0.04f : seconds);
+        if (frame_file && frames + 1 == frame_limit)
+            save_frame(frame_file);
         SwapBuffers(dc);
         ++frames;
         Sleep(10);  // a steady pace, not a benchmark

@@ -143,6 +143,44 @@ protected:
     GlsContext *ctx = nullptr;
 };
 
+// What an executing read makes GL do beside the stream's own calls: tight unpack and pack state
+// once, before the first image and the first read of pixels, and the level's size asked before
+// a texture image is got, so that the area handed to GL is big enough.
+std::string as_played(std::string text, const char *first_image)
+{
+    auto insert_before = [&](size_t at, const std::string &lines) {
+        if (at != std::string::npos)
+            text.insert(at, lines);
+    };
+    const std::string store = "glPixelStorei(GL_%s_ALIGNMENT, 1);\n"
+                              "glPixelStorei(GL_%s_LSB_FIRST, GL_FALSE);\n"
+                              "glPixelStorei(GL_%s_ROW_LENGTH, 0);\n"
+                              "glPixelStorei(GL_%s_SKIP_ROWS, 0);\n"
+                              "glPixelStorei(GL_%s_SKIP_PIXELS, 0);\n"
+                              "glPixelStorei(GL_%s_SWAP_BYTES, GL_FALSE);\n";
+    auto state = [&](const char *kind) {
+        std::string lines = store;
+        for (size_t at; (at = lines.find("%s")) != std::string::npos;)
+            lines.replace(at, 2, kind);
+        return lines;
+    };
+    if (first_image)
+        insert_before(text.find(first_image), state("UNPACK"));
+    size_t get = text.find("glGetTexImage(");
+    if (get != std::string::npos) {
+        // glGetTexImage(TARGET, LEVEL, ..., POINTER): the level's queries write to the same area.
+        size_t level_end = text.find(',', text.find(',', get) + 1);
+        std::string head = "glGetTexLevelParameteriv(" + text.substr(get + 14, level_end - get - 14);
+        size_t end = text.find(");", get), comma = text.rfind(", ", end);
+        std::string pointer = text.substr(comma, end - comma);
+        insert_before(get, head + ", GL_TEXTURE_WIDTH" + pointer + ");\n" + head + ", GL_TEXTURE_HEIGHT" + pointer +
+                               ");\n");
+    }
+    size_t read = std::min(text.find("glReadPixels("), text.find("glGetTexLevelParameteriv("));
+    insert_before(read, state("PACK"));
+    return text;
+}
+
 // ---------------------------------------------------------------------------------------------
 // Round trips
 
@@ -161,15 +199,7 @@ TEST_F(Reader, EveryCommandComesBackThroughEveryForm)
     EXPECT_EQ(copy(GLS_BINARY_LSB_FIRST, lsb, GLS_TEXT), text);
     EXPECT_EQ(glsGetError(), GLS_NONE);
 
-    // A read sets the unpack parameters once, before its first image, for the stream's tight data.
-    std::string played = text;
-    played.insert(played.find("glBitmap("),
-                  "glPixelStorei(GL_UNPACK_ALIGNMENT, 1);\n"
-                  "glPixelStorei(GL_UNPACK_LSB_FIRST, GL_FALSE);\n"
-                  "glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);\n"
-                  "glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);\n"
-                  "glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);\n"
-                  "glPixelStorei(GL_UNPACK_SWAP_BYTES, GL_FALSE);\n");
+    std::string played = as_played(text, "glBitmap(");
     record();
     EXPECT_EQ(play(GLS_TEXT, text), played);
     EXPECT_EQ(play(GLS_BINARY_LSB_FIRST, lsb), played);
@@ -196,7 +226,29 @@ TEST_F(Reader, EveryKindOfArgumentKeepsItsValueThroughEveryForm)
     EXPECT_EQ(written, kinds);
     EXPECT_EQ(glsGetError(), GLS_NONE);
     record();
-    EXPECT_EQ(play(GLS_TEXT, kinds), kinds);
+    EXPECT_EQ(play(GLS_TEXT, kinds), as_played(kinds, nullptr));
+}
+
+// Images with their data: the reader sizes each from its format, type and extent, tight.
+TEST_F(Reader, ImagesKeepTheirDataThroughEveryForm)
+{
+    const std::string images = "glsBeginGLS(1, 0);\n"
+                               "glDrawPixels(GLS_NONE)(2, 1, GL_RGB, GL_UNSIGNED_BYTE, {\n"
+                               "    255, 0, 0, 0, 255, 0\n"
+                               "});\n"
+                               "glTexImage2D(GLS_NONE)(GL_TEXTURE_2D, 0, GL_RGBA, 2, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE, {\n"
+                               "    1, 2, 3, 4, 5, 6, 7, 8,\n"
+                               "    9, 10, 11, 12, 13, 14, 15, 16\n"
+                               "});\n"
+                               "glsEndGLS();\n";
+    EXPECT_EQ(copy(GLS_TEXT, images, GLS_TEXT), images);
+    for (GLSenum binary : {GLS_BINARY_LSB_FIRST, GLS_BINARY_MSB_FIRST})
+        EXPECT_EQ(copy(binary, copy(GLS_TEXT, images, binary), GLS_TEXT), images) << binary;
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+    record();
+    std::string played = as_played(images, "glDrawPixels(");
+    EXPECT_EQ(play(GLS_TEXT, images), played);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
 }
 
 std::string fed;
@@ -221,7 +273,7 @@ TEST_F(Reader, AnUnnamedStreamReadsThroughTheReadCallbackInPieces)
         fed = type == GLS_TEXT ? kinds : msb;
         fed_at = 0;
         EXPECT_EQ(glsCallStream((const GLubyte *)""), type);
-        EXPECT_EQ(take_recorded(), kinds);
+        EXPECT_EQ(take_recorded(), as_played(kinds, nullptr));
     }
     EXPECT_EQ(glsGetError(), GLS_NONE);
 }

@@ -205,6 +205,95 @@ std::string session_directory(const std::string &temp, DWORD thread)
     return temp + "\\QUONDALE_" + std::to_string(thread);
 }
 
+std::string program_folder()
+{
+    char path[MAX_PATH];
+    GetModuleFileNameA(nullptr, path, MAX_PATH);
+    std::string folder = path;
+    return folder.substr(0, folder.find_last_of('\\') + 1);
+}
+
+// Runs this program again: with the debugger in place, beside the copies of quondale.dll and the
+// forwarding opengl32.dll; without, as a copy in a subfolder that holds no DLLs, so that the
+// loader finds the system's opengl32 as it would for any program.
+int run_self(bool with_debugger, const std::string &arguments)
+{
+    char own[MAX_PATH];
+    GetModuleFileNameA(nullptr, own, MAX_PATH);
+    std::string program = own, folder = program_folder();
+    if (!with_debugger) {
+        folder += "system_gl\\";
+        CreateDirectoryA(folder.c_str(), nullptr);
+        program = folder + program.substr(program.find_last_of('\\') + 1);
+        check(CopyFileA(own, program.c_str(), FALSE), "cannot copy the program to %s", program.c_str());
+    }
+    std::string command = "\"" + program + "\" " + arguments;
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process = {};
+    if (!CreateProcessA(program.c_str(), &command[0], nullptr, nullptr, TRUE, 0, nullptr, folder.c_str(), &startup,
+                        &process))
+        return -1;
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD exit_code = DWORD(-1);
+    GetExitCodeProcess(process.hProcess, &exit_code);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return (int)exit_code;
+}
+
+// Runs command line and waits; 99 when it could not start or did not end in time.
+static DWORD run_program(std::string command, DWORD timeout_ms, DWORD *thread = nullptr)
+{
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process;
+    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+        return 99;
+    if (thread)
+        *thread = process.dwThreadId;
+    DWORD exit_code = 99;
+    if (WaitForSingleObject(process.hProcess, timeout_ms) == WAIT_OBJECT_0)
+        GetExitCodeProcess(process.hProcess, &exit_code);
+    else
+        TerminateProcess(process.hProcess, 99);
+    CloseHandle(process.hProcess);
+    CloseHandle(process.hThread);
+    return exit_code;
+}
+
+static DWORD WINAPI press_continue(void *)
+{
+    return run_program("\"" + program_folder() + "panel_press.exe\" continue 60", 90000);
+}
+
+sample_run run_sample(const std::string &temp, const std::string &arguments)
+{
+    sample_run run = {99, "", {}};
+    CreateDirectoryA(temp.c_str(), nullptr);
+    SetEnvironmentVariableA("TEMP", temp.c_str());
+    HANDLE presser = CreateThread(nullptr, 0, press_continue, nullptr, 0, nullptr);
+    DWORD thread = 0;
+    run.exit_code = run_program("\"" + program_folder() + "spinning_cube.exe\" " + arguments, 60000, &thread);
+    DWORD press_code = 99;
+    WaitForSingleObject(presser, 90000);
+    GetExitCodeThread(presser, &press_code);
+    CloseHandle(presser);
+    check(press_code == 0, "the sample never halted at its first call");
+    check(run.exit_code == 0, "the sample ended with %lu", (unsigned long)run.exit_code);
+    run.history_folder = session_directory(temp, thread) + "\\history\\";
+    WIN32_FIND_DATAA entry;
+    HANDLE search = FindFirstFileA((run.history_folder + "*.gls").c_str(), &entry);
+    if (search != INVALID_HANDLE_VALUE) {
+        do
+            run.files.push_back(entry.cFileName);
+        while (FindNextFileA(search, &entry));
+        FindClose(search);
+    }
+    std::sort(run.files.begin(), run.files.end());
+    return run;
+}
+
 bool directory_exists(const std::string &path)
 {
     DWORD attributes = GetFileAttributesA(path.c_str());

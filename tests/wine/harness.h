@@ -75,6 +75,24 @@ std::string text_mode(const std::string &text);
 // handles is compared with an expected text that names them.
 std::string substitute(std::string text, const std::vector<std::pair<std::string, std::string>> &names);
 
+// The folder of this program, with its final backslash.
+std::string program_folder();
+
+// Runs this program again with arguments and gives its exit code: with the debugger in place,
+// beside the copies of quondale.dll and the forwarding opengl32.dll; without, as a copy in a
+// subfolder that holds no DLLs, so that the loader finds the system's opengl32 as it would for
+// any program.
+int run_self(bool with_debugger, const std::string &arguments);
+
+// The sample program (beside this one) run under the debugger with TEMP set to temp, Continue
+// pressed at its first halt by panel_press; the files of its context histories, "0.gls" first.
+struct sample_run {
+    DWORD exit_code;
+    std::string history_folder;
+    std::vector<std::string> files;
+};
+sample_run run_sample(const std::string &temp, const std::string &arguments);
+
 // ---------------------------------------------------------------------------------------------
 // A GL window
 

@@ -192,43 +192,6 @@ static void check_scene(const std::vector<uint8_t> &rgb)
     check(colours.size() >= 100, "only %d colours; the shaded and lit parts are missing", (int)colours.size());
 }
 
-static std::string program_folder()
-{
-    char path[MAX_PATH];
-    DWORD length = GetModuleFileNameA(nullptr, path, MAX_PATH);
-    std::string folder(path, length);
-    return folder.substr(0, folder.find_last_of('\\') + 1);
-}
-
-// Runs this program again: with the debugger in place, beside the copies of quondale.dll and the
-// forwarding opengl32.dll; without, as a copy in a subfolder that holds no DLLs, so that the
-// loader finds the system's opengl32 as it would for any program.
-static int run_self(bool with_debugger, const std::string &arguments)
-{
-    char own[MAX_PATH];
-    GetModuleFileNameA(nullptr, own, MAX_PATH);
-    std::string program = own, folder = program_folder();
-    if (!with_debugger) {
-        folder += "system_gl\\";
-        CreateDirectoryA(folder.c_str(), nullptr);
-        program = folder + program.substr(program.find_last_of('\\') + 1);
-        check(CopyFileA(own, program.c_str(), FALSE), "cannot copy the program to %s", program.c_str());
-    }
-    std::string command = "\"" + program + "\" " + arguments;
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process = {};
-    if (!CreateProcessA(program.c_str(), &command[0], nullptr, nullptr, TRUE, 0, nullptr, folder.c_str(), &startup,
-                        &process))
-        return -1;
-    WaitForSingleObject(process.hProcess, INFINITE);
-    DWORD exit_code = DWORD(-1);
-    GetExitCodeProcess(process.hProcess, &exit_code);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    return (int)exit_code;
-}
-
 int main(int argc, char **argv)
 {
     continue_first_halt(); // halted at its first call, the program waits for a Continue
