@@ -70,8 +70,10 @@ static unsigned __stdcall panel_thread(void *argument)
     TlsSetValue(session_tls, record);
     // The dialogs come from the library's resources, found under its own name.
     record->module = (ModuleHandle)GetModuleHandleA("quondale.dll");
-    if (!record->module)
+    if (!record->module) {
+        fatal_report("ui", __LINE__, "The panel needs this library loaded as quondale.dll.");
         ExitProcess(1);
+    }
     // A failed creation is not checked: the window stays null.
     for (const dialog_row &row : dialogs)
         record->*row.window = CreateDialogParamA((HINSTANCE)record->module, MAKEINTRESOURCEA(row.template_id),

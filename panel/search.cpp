@@ -5,7 +5,7 @@
 
 static bool row_holds(row_text_func text_of, void *list, int row, const char *needle)
 {
-    char buffer[1536];
+    char buffer[LIST_ROW_SIZE];
     const char *text = text_of(list, row, buffer);
     return text && strstr(text, needle) != nullptr;
 }

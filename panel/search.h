@@ -3,9 +3,12 @@
 
 #include <cstddef>
 
-enum : int { SEARCH_TEXT_SIZE = 256 };
+enum : int {
+    SEARCH_TEXT_SIZE = 256,
+    LIST_ROW_SIZE = 1536, // a list row's text with its terminator, at most
+};
 
-// A list's rows as the search sees them: row index to its text.
+// A list's rows as the search sees them: row index to its text, in LIST_ROW_SIZE bytes.
 typedef const char *(*row_text_func)(void *list, int row, char *buffer);
 
 // The wrap-around search of a single-selection list: from one behind the selected row (or from

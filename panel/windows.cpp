@@ -103,7 +103,7 @@ static void search_failed(HWND dialog, int search_id, const char *needle)
 static const char *list_row_text(void *list, int row, char *buffer)
 {
     LRESULT length = SendMessageA((HWND)list, LB_GETTEXTLEN, row, 0);
-    if (length < 0 || length >= 1536)
+    if (length < 0 || length >= LIST_ROW_SIZE)
         return nullptr;
     SendMessageA((HWND)list, LB_GETTEXT, row, (LPARAM)buffer);
     return buffer;
@@ -187,7 +187,7 @@ bool save_list_text(HWND dialog, int list_id, const char *path)
     HWND list = GetDlgItem(dialog, list_id);
     int count = (int)SendMessageA(list, LB_GETCOUNT, 0, 0);
     for (int row = 0; row < count; ++row) {
-        char text[PANEL_TEXT_SIZE];
+        char text[LIST_ROW_SIZE];
         if (list_row_text(list, row, text))
             fprintf(file, "%s\n", text);
     }

@@ -283,7 +283,7 @@ TEST_F(Codec, CodecCommandsWriteTheirOwnKinds)
 {
     capture();
     dispatch_glsBlock(GLS_HEADER);
-    dispatch_glsError(181, GLS_IO_ERROR);
+    dispatch_glsError(OP_glClear, GLS_IO_ERROR);
     dispatch_glsError(7, 999);
     dispatch_glsHeaderi(GLS_DOUBLEBUFFER, 1);
     dispatch_glsHeaderi(GLS_DEPTH_BITS, 24);
@@ -459,7 +459,7 @@ TEST_F(Execute, WrapperForwarderWritesOnlyWhileACaptureIsOpen)
     EXPECT_EQ(((fn_glGenLists)gls_wrapper_forwarders[OP_glGenLists])(1), 0u);
     capture();
     // An installed capture function (a debug wrapper) is passed by: the forwarder goes straight on.
-    glsCommandFunc(GLS_CAPTURE_FUNC, 181, (GlsFunc)fake_glGetIntegerv);
+    glsCommandFunc(GLS_CAPTURE_FUNC, OP_glClear, (GlsFunc)fake_glGetIntegerv);
     wrapper(0x4000);
     EXPECT_EQ(fake_clears, 1);
     EXPECT_EQ(text(), "glClear(GL_COLOR_BUFFER_BIT);\n");
@@ -485,7 +485,7 @@ TEST_F(Execute, EntryCallbackMayChangeTheFlagsOfTheCall)
     dispatch_glClear(0x4000);   // no callback bit: neither callback runs
     EXPECT_EQ(text(), "glClear(GL_COLOR_BUFFER_BIT);\n");
     EXPECT_EQ(fake_clears, 1);
-    EXPECT_EQ(callback_log, (std::vector<int>{181, -181}));
+    EXPECT_EQ(callback_log, (std::vector<int>{OP_glClear, -OP_glClear}));
 }
 
 TEST_F(Execute, ClientCommandsKeepTheShadow)
@@ -716,7 +716,7 @@ TEST_F(Codec, ContextStreamBlockEndsOnAnEightByteBoundary)
     // The first block, of 24 bytes, has no room: the command went to a block of its own.
     GlsBlock *block = ((GlsContextStream *)value)->blocks->listPrev;
     ASSERT_EQ(block->writePos - block->base, 4 + 4 + 20);
-    const uint16_t expected[14] = {74, 4, OP_glsPad, 4};
+    const uint16_t expected[14] = {OP_glEnd, 4, OP_glsPad, 4};
     EXPECT_EQ(memcmp(block->base, expected, sizeof expected), 0);
 }
 
@@ -733,12 +733,12 @@ TEST_F(Codec, DoublesAreAlignedInTheBinaryForm)
     auto header = [&](size_t at) { uint16_t h[2]; memcpy(h, bytes + at, 4); return std::make_pair(h[0], h[1]); };
     auto number = [&](size_t at) { double d; memcpy(&d, bytes + at, 8); return d; };
     EXPECT_EQ(header(0), std::make_pair((uint16_t)OP_glsPad, (uint16_t)4));
-    EXPECT_EQ(header(4), std::make_pair((uint16_t)58, (uint16_t)28));
-    EXPECT_EQ(header(32), std::make_pair((uint16_t)74, (uint16_t)4));
-    EXPECT_EQ(header(36), std::make_pair((uint16_t)74, (uint16_t)8));
-    EXPECT_EQ(header(44), std::make_pair((uint16_t)58, (uint16_t)28));
+    EXPECT_EQ(header(4), std::make_pair((uint16_t)OP_glColor3dv, (uint16_t)28));
+    EXPECT_EQ(header(32), std::make_pair((uint16_t)OP_glEnd, (uint16_t)4));
+    EXPECT_EQ(header(36), std::make_pair((uint16_t)OP_glEnd, (uint16_t)8));
+    EXPECT_EQ(header(44), std::make_pair((uint16_t)OP_glColor3dv, (uint16_t)28));
     EXPECT_EQ(number(48), 4);
-    EXPECT_EQ(header(72), std::make_pair((uint16_t)204, (uint16_t)48));
+    EXPECT_EQ(header(72), std::make_pair((uint16_t)OP_glMapGrid2d, (uint16_t)48));
     EXPECT_EQ(number(80), 0);   // u1
     EXPECT_EQ(number(88), 1);   // u2
     EXPECT_EQ(number(104), 0);  // v1, behind vn and the empty word
@@ -782,12 +782,12 @@ TEST_F(Codec, NullVectorsKeepTheSizeTheyPromised)
         glsEndCapture();
     }
     const uint32_t words[] = {
-        59 | 16 << 16, 0, 0, 0,                                  // glColor3fv
-        265 | 68 << 16, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,  // glLoadMatrixf
-        37 | 24 << 16, 8 | 1, 't', 2, 0, 0,                      // glsNumfv: tag, count, zeros
-        99 | 12 << 16, 0, 1 | 2 << 16,                           // glRectsv
-        51 | 16 << 16, 2, GL_UNSIGNED_SHORT, 0,                  // glCallLists
-        19 | 24 << 16, GL_POINTS, GL_V2F, 1, 0, 0,               // glsDrawVertexArray
+        OP_glColor3fv | 16 << 16, 0, 0, 0,
+        OP_glLoadMatrixf | 68 << 16, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+        OP_glsNumfv | 24 << 16, 8 | 1, 't', 2, 0, 0, // tag, count, zeros
+        OP_glRectsv | 12 << 16, 0, 1 | 2 << 16,
+        OP_glCallLists | 16 << 16, 2, GL_UNSIGNED_SHORT, 0,
+        OP_glsDrawVertexArray | 24 << 16, GL_POINTS, GL_V2F, 1, 0, 0,
     };
     std::string little = written.substr(0, sizeof words);
     EXPECT_EQ(little, std::string((const char *)words, sizeof words));
@@ -940,7 +940,7 @@ TEST(Names, DictionariesFindEveryName)
     EXPECT_TRUE(gls_dict_find(set->glsEnumDict, "GLS_TEXT", &value));
     EXPECT_EQ(value, 67);
     EXPECT_TRUE(gls_dict_find(set->glsOpDict, "glClear", &value));
-    EXPECT_EQ(value, 181);
+    EXPECT_EQ(value, OP_glClear);
     EXPECT_EQ(set->glsOpDict->count, 335);
     EXPECT_TRUE(gls_dict_find(set->glAttribMaskDict, "GL_MULTISAMPLE_BIT_EXT", &value));
     EXPECT_EQ(value, 0x20000000);

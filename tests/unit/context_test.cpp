@@ -8,6 +8,9 @@
 
 #include <thread>
 
+// A number inside the opcode range that no command has.
+static const int UNUSED_OPCODE = 400;
+
 namespace {
 
 // A context made current for one test and deleted after it.
@@ -128,7 +131,7 @@ TEST(CaptureFlags, RefusalsLeaveTheByte)
 
     glsCaptureFlags(5, 1);
     EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
-    EXPECT_EQ(glsGetCaptureFlags(400), 0u);
+    EXPECT_EQ(glsGetCaptureFlags(UNUSED_OPCODE), 0u);
     EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
 
     glsCaptureFlags(OP_glClear, 7);
@@ -144,7 +147,7 @@ TEST(Enable, AbortCallSilencesDecodingAndVertexArrayFlag)
     for (int op = 0; op < GLS_OPCODE_COUNT; ++op)
         ASSERT_EQ(ctx->decodeDispatch[op], (GlsFunc)gls_abort_stub) << op;
     glsDisable(GLS_ABORT_CALL);
-    EXPECT_EQ(ctx->decodeDispatch[181], gls_decode_table[181]);
+    EXPECT_EQ(ctx->decodeDispatch[OP_glClear], gls_decode_table[OP_glClear]);
 
     glsEnable(GLS_CAPTURE_VERTEX_ARRAYS);
     EXPECT_TRUE(glsIsEnabled(GLS_CAPTURE_VERTEX_ARRAYS));
@@ -154,7 +157,7 @@ TEST(Enable, AbortCallSilencesDecodingAndVertexArrayFlag)
     EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
 }
 
-// Fake real functions and capture functions for glClear (opcode 181).
+// Fake real functions and capture functions for glClear.
 int real_clear_calls;
 int real_clear_depth_seen;
 int capture_clear_calls;
@@ -195,10 +198,10 @@ TEST(Dispatch, CaptureSwitchesTheThreadTableToForwarders)
     glsWriteFunc(discard_bytes);
     ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0));
     EXPECT_EQ(ctx->defaultDispatch[OP_glClear], gls_forwarders[OP_glClear]);
-    EXPECT_EQ(ctx->callDispatch[181], gls_forwarders[OP_glClear]);
+    EXPECT_EQ(ctx->callDispatch[OP_glClear], gls_forwarders[OP_glClear]);
 
     // The forwarder hands the call to the capture function of the opcode...
-    glsCommandFunc(GLS_CAPTURE_FUNC, 181, (GlsFunc)fake_capture_clear);
+    glsCommandFunc(GLS_CAPTURE_FUNC, OP_glClear, (GlsFunc)fake_capture_clear);
     ((fn_glClear)ctx->defaultDispatch[OP_glClear])(16384);
     EXPECT_EQ(capture_clear_calls, 1);
     EXPECT_EQ(real_clear_calls, 0);
@@ -259,24 +262,24 @@ TEST(CommandFunc, CallAndCaptureOverridesAndTheirDefaults)
     FakeClear fake;
     ScopedContext scope;
     GlsContext *ctx = gls_current();
-    glsCommandFunc(GLS_CALL_FUNC, 181, (GlsFunc)fake_capture_clear);
-    EXPECT_EQ(ctx->callDispatch[181], (GlsFunc)fake_capture_clear);
+    glsCommandFunc(GLS_CALL_FUNC, OP_glClear, (GlsFunc)fake_capture_clear);
+    EXPECT_EQ(ctx->callDispatch[OP_glClear], (GlsFunc)fake_capture_clear);
     // Every command has a decode row, which checks the stored arguments and then calls callDispatch.
-    EXPECT_EQ(ctx->decodeDispatch[181], gls_decode_table[181]);
-    EXPECT_EQ(glsGetCommandFunc(GLS_CALL_FUNC, 181), (GlsFunc)fake_capture_clear);
-    glsCommandFunc(GLS_CALL_FUNC, 181, nullptr);
-    EXPECT_EQ(ctx->callDispatch[181], (GlsFunc)fake_real_clear);
+    EXPECT_EQ(ctx->decodeDispatch[OP_glClear], gls_decode_table[OP_glClear]);
+    EXPECT_EQ(glsGetCommandFunc(GLS_CALL_FUNC, OP_glClear), (GlsFunc)fake_capture_clear);
+    glsCommandFunc(GLS_CALL_FUNC, OP_glClear, nullptr);
+    EXPECT_EQ(ctx->callDispatch[OP_glClear], (GlsFunc)fake_real_clear);
 
-    EXPECT_EQ(glsGetCommandFunc(GLS_CAPTURE_FUNC, 181), nullptr);
-    glsCommandFunc(GLS_CAPTURE_FUNC, 181, (GlsFunc)fake_capture_clear);
-    EXPECT_EQ(glsGetCommandFunc(GLS_CAPTURE_FUNC, 181), (GlsFunc)fake_capture_clear);
-    glsCommandFunc(GLS_CAPTURE_FUNC, 181, nullptr);
-    EXPECT_EQ(ctx->captureFuncs[OP_glClear], gls_default_capture[181]);
-    EXPECT_EQ(glsGetCommandFunc(GLS_NULL_FUNC, 181), gls_null_funcs[181]);
+    EXPECT_EQ(glsGetCommandFunc(GLS_CAPTURE_FUNC, OP_glClear), nullptr);
+    glsCommandFunc(GLS_CAPTURE_FUNC, OP_glClear, (GlsFunc)fake_capture_clear);
+    EXPECT_EQ(glsGetCommandFunc(GLS_CAPTURE_FUNC, OP_glClear), (GlsFunc)fake_capture_clear);
+    glsCommandFunc(GLS_CAPTURE_FUNC, OP_glClear, nullptr);
+    EXPECT_EQ(ctx->captureFuncs[OP_glClear], gls_default_capture[OP_glClear]);
+    EXPECT_EQ(glsGetCommandFunc(GLS_NULL_FUNC, OP_glClear), gls_null_funcs[OP_glClear]);
 
-    glsCommandFunc(GLS_CAPTURE_FUNC, 400, (GlsFunc)fake_capture_clear);
+    glsCommandFunc(GLS_CAPTURE_FUNC, UNUSED_OPCODE, (GlsFunc)fake_capture_clear);
     EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
-    glsCommandFunc(999, 181, nullptr);
+    glsCommandFunc(999, OP_glClear, nullptr);
     EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
 }
 
@@ -345,11 +348,11 @@ TEST(CodecCommands, HeaderValuesCountOnlyInAHeaderBlock)
 TEST(CodecCommands, ErrorCommandChecksItsArguments)
 {
     ScopedContext scope;
-    execute_glsError(181, GLS_UNSUPPORTED_VERSION);
+    execute_glsError(OP_glClear, GLS_UNSUPPORTED_VERSION);
     EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
     execute_glsError(5, GLS_IO_ERROR);
     EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
-    execute_glsError(181, GLS_IO_ERROR);
+    execute_glsError(OP_glClear, GLS_IO_ERROR);
     EXPECT_EQ(glsGetError(), GLS_IO_ERROR);
     execute_glsUnsupportedCommand((const GLubyte *)"glFoo");
     EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);

@@ -12,9 +12,10 @@ static HWND open_history_of(HWND control, int row)
     HWND select = find_dialog("Select GL Context");
     if (!select)
         give_up("no Select GL Context window");
-    check_text("the context list", list_rows(select, IDC_HISTORY_SELECT_LIST)[0] + ", " +
-                                       list_rows(select, IDC_HISTORY_SELECT_LIST)[1],
-               "GL context 1, GL context 2");
+    std::string contexts;
+    for (const std::string &name : list_rows(select, IDC_HISTORY_SELECT_LIST))
+        contexts += name + "\n";
+    check_text("the context list", contexts, "GL context 1\nGL context 2\n");
     select_row(select, IDC_HISTORY_SELECT_LIST, row);
     HWND history = find_dialog("Call History");
     if (!history)
