@@ -151,11 +151,17 @@ static void check_frame(HWND dialog)
 
 static void check_boxes_at_start(HWND dialog)
 {
-    std::string boxes;
-    for (int id : {IDC_GL_ERRORS, IDC_CONTROL_DRAWING, IDC_HISTORY, IDC_BREAK_ON_CALLS, IDC_BREAK_ON_SWAP,
-                   IDC_SKIP_CALLS})
-        boxes += std::to_string(id) + "=" + std::to_string(checked(dialog, id)) + " ";
-    check(boxes == "114=0 115=0 116=1 118=0 120=0 121=0 ", "boxes at start: %s", boxes.c_str());
+    struct box { int id; const char *name; };
+#define BOX(id) {id, #id}
+    static const box boxes[] = {BOX(IDC_GL_ERRORS), BOX(IDC_CONTROL_DRAWING), BOX(IDC_HISTORY),
+                                BOX(IDC_BREAK_ON_CALLS), BOX(IDC_BREAK_ON_SWAP), BOX(IDC_SKIP_CALLS)};
+#undef BOX
+    std::string seen;
+    for (const box &b : boxes)
+        seen += std::string(b.name) + "=" + std::to_string(checked(dialog, b.id)) + "\n";
+    check_text("the boxes at start", seen,
+               "IDC_GL_ERRORS=0\nIDC_CONTROL_DRAWING=0\nIDC_HISTORY=1\nIDC_BREAK_ON_CALLS=0\n"
+               "IDC_BREAK_ON_SWAP=0\nIDC_SKIP_CALLS=0\n");
 }
 
 static void check_about(HWND dialog)
