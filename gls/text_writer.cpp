@@ -132,7 +132,8 @@ static int format_number(char *text, double value, bool is_float, uint64_t nan_b
     if (value > highest)
         return snprintf(text, 32, "GLS_INF");
     // Whole numbers of up to seven digits print as %G would print them, without printf.
-    if (value == (double)(int32_t)value && value > -1e7 && value < 1e7 && (value != 0 || !std::signbit(value))) {
+    // The range comes first: converting a value outside int32_t is undefined.
+    if (value > -1e7 && value < 1e7 && value == (double)(int32_t)value && (value != 0 || !std::signbit(value))) {
         int32_t whole = (int32_t)value;
         char *p = text;
         uint32_t magnitude = whole < 0 ? 0u - (uint32_t)whole : (uint32_t)whole;
