@@ -1,7 +1,7 @@
 // glColor3ub(1, 2, 3) is folded into glColor3ubv before it reaches the real library. The program
 // makes the call; the CTest script around it reads Wine's opengl32 trace to see which name
 // arrived, and the program checks that the colour itself arrived intact.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include <cmath>
 

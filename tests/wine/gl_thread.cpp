@@ -1,7 +1,7 @@
 // A thread that calls GL functions and never a WGL export still reaches the real library: it
 // makes the context current through the system's own wglMakeCurrent, then clears and reads back
 // through the program's imports, which are quondale.dll's exports.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 static const int side = 16;
 

@@ -1,4 +1,4 @@
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 

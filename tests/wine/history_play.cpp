@@ -1,7 +1,7 @@
 // The sample program's history, recorded under the debugger, played back by the codec's reader on
 // the system's GL in a window of the sample's size: the last frame comes out as the sample drew
 // it, byte for byte.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "gls/gls.h"
 

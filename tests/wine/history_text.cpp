@@ -2,7 +2,7 @@
 // glsBeginGLS/glsEndGLS pair for each time the context was current, one statement per call with
 // its arguments by name, scalar calls folded into their vector form, WGL calls as notes, calls
 // made without a context in 0.gls, and every line ending in CR CR LF.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 static int child()
 {

@@ -1,6 +1,6 @@
 // The program loads quondale.dll under its own name, through the forwarding opengl32.dll beside
 // it, and quondale.dll in turn has the system's opengl32.dll loaded to do the real work.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include <tlhelp32.h>
 

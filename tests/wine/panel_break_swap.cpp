@@ -1,7 +1,7 @@
 // With "Break on SwapBuffers" checked each swap halts in front of itself, shown by its name
 // alone; cleared, the program runs to its end. The program swaps through gdi32's SwapBuffers,
 // which reaches the debugger as opengl32's wglSwapBuffers.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 

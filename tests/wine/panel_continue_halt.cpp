@@ -1,6 +1,6 @@
 // Continue lets a halted program run on; Halt, and Step pressed while it runs, stop it again at
 // its next call.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 

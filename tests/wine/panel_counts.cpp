@@ -2,7 +2,7 @@
 // window's thirteen lines for a known mix of primitives, the Call Count window's rows with the
 // "Non-zero calls" filter on and off, its search, and both Clear and Save buttons, the saved files
 // being the same text with the history's line ends.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 

@@ -1,7 +1,7 @@
 // A debugged program stops in front of its first GL call with the panel up: the banners name its
 // thread and its context, the pending call is shown whole, and the call has not been made until
 // Continue lets it go.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 

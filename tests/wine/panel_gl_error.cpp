@@ -1,6 +1,6 @@
 // With "GL warnings/errors" checked, a call that raises a GL error has run and halts behind
 // itself; the application's own glGetError afterwards finds no error left.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 

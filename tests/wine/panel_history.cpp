@@ -2,7 +2,7 @@
 // session, picking one shows its whole file with CR LF line ends, Search finds text and says when
 // it finds none, Clear starts the current context's file anew, and Save writes the text with the
 // history's own line ends.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 

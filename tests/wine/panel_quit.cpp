@@ -1,6 +1,6 @@
 // The debugger's end is the application's: File/Quit, and closing the control window by its
 // system menu, end the process with exit code 0 and remove the session's temporary directory.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 

@@ -1,6 +1,6 @@
 // Step lets exactly one call run and stops at the next; Skip leaves the pending call unmade,
 // and a skipped call with a result gives the application 0.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 

@@ -1,7 +1,7 @@
 // The control window as the user first sees it: title, frame, menu, controls with their
 // captions, kinds, places and tab order, the History box checked; and the About box, hidden
 // until asked for, hidden again by its Close button and by closing.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 

@@ -1,7 +1,7 @@
 // A scene drawn through quondale.dll comes out pixel for pixel as the system's opengl32 draws it.
 // Without arguments the program is the driver: it runs itself once without and once with the
 // debugger, each run writing a dump, and compares the two dumps.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,7 +1,7 @@
 // The sample program, run under the debugger for one frame with Continue pressed at its first
 // call (by tools/panel_press), leaves the history that expected/spinning_cube.gls holds, line for
 // line.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include <regex>
 

@@ -1,7 +1,7 @@
 // With a TEMP that can't hold a directory the session still starts, and the first file it needs
 // (the history of the calls made without a context, opened at the session's first WGL call)
 // ends the process through the fatal report with exit code 1: no crash, no hang.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include <cctype>
 

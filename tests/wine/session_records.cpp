@@ -3,7 +3,7 @@
 // gets none, a second WGL thread gets its own; wglMakeCurrent makes a per_gl for each new
 // context, finds an earlier one again, and falls back to the null record when it fails; the WGL
 // wrappers count each call and hand back the real library's results unchanged.
-#include "harness.h"
+#include "tests/wine/harness.h"
 
 #include <cstring>
 
