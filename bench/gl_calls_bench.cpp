@@ -57,7 +57,8 @@ static void press(const char *button)
     char exe[MAX_PATH];
     GetModuleFileNameA(nullptr, exe, MAX_PATH);
     std::string command = exe;
-    command = "\"" + command.substr(0, command.find_last_of('\\') + 1) + "panel_press.exe\" " + button + " 60";
+    command = "\"" + command.substr(0, command.find_last_of('\\') + 1) + "panel_press.exe\" " + button + " 60 " +
+              std::to_string(GetCurrentProcessId());
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;

@@ -1,7 +1,8 @@
 // Presses a button of the debugger's control window from outside the debugged program, as a
-// person would: `panel_press BUTTON [SECONDS]` waits for the window titled "quondale" to show
-// "Halted", prints its four texts, and clicks BUTTON (halt, continue, step, skip, the history
-// box; look only looks).
+// person would: `panel_press BUTTON [SECONDS [PROCESS]]` waits for the window titled "quondale"
+// (of that process id, when given: other programs may be debugged beside it) to show "Halted",
+// prints its four texts, and clicks BUTTON (halt, continue, step, skip, the history box; look only
+// looks).
 #include <windows.h>
 
 #include "panel/resource.h"
@@ -21,10 +22,15 @@ static const button_name buttons[] = {
     {"step", IDC_STEP}, {"skip", IDC_SKIP}, {"history", IDC_HISTORY},
 };
 
+static DWORD wanted_process; // 0: any
+
 static BOOL CALLBACK match_control_window(HWND window, LPARAM found)
 {
     char title[64];
-    if (IsWindowVisible(window) && GetWindowTextA(window, title, sizeof title) && strcmp(title, "quondale") == 0) {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (IsWindowVisible(window) && GetWindowTextA(window, title, sizeof title) && strcmp(title, "quondale") == 0 &&
+        (wanted_process == 0 || process == wanted_process)) {
         *(HWND *)found = window;
         return FALSE;
     }
@@ -44,10 +50,11 @@ int main(int argc, char **argv)
         if (argc > 1 && strcmp(argv[1], known.name) == 0)
             button = known.id;
     if (button < 0) {
-        fprintf(stderr, "usage: panel_press look|halt|continue|step|skip|history [SECONDS]\n");
+        fprintf(stderr, "usage: panel_press look|halt|continue|step|skip|history [SECONDS [PROCESS]]\n");
         return 2;
     }
     DWORD limit = (argc > 2 ? (DWORD)atoi(argv[2]) : 60) * 1000;
+    wanted_process = argc > 3 ? (DWORD)strtoul(argv[3], nullptr, 10) : 0;
     DWORD start = GetTickCount();
     HWND control = nullptr;
     char status[256] = "";

@@ -242,29 +242,25 @@ int run_self(bool with_debugger, const std::string &arguments)
     return (int)exit_code;
 }
 
-// Runs command line and waits; 99 when it could not start or did not end in time.
-static DWORD run_program(std::string command, DWORD timeout_ms, DWORD *thread = nullptr)
+// Starts a command line; false when it could not start.
+static bool start_program(std::string command, PROCESS_INFORMATION *process)
 {
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
-    PROCESS_INFORMATION process;
-    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
-        return 99;
-    if (thread)
-        *thread = process.dwThreadId;
-    DWORD exit_code = 99;
-    if (WaitForSingleObject(process.hProcess, timeout_ms) == WAIT_OBJECT_0)
-        GetExitCodeProcess(process.hProcess, &exit_code);
-    else
-        TerminateProcess(process.hProcess, 99);
-    CloseHandle(process.hProcess);
-    CloseHandle(process.hThread);
-    return exit_code;
+    return CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, process);
 }
 
-static DWORD WINAPI press_continue(void *)
+// Waits for a started program and gives its exit code; 99 when it did not end in time.
+static DWORD wait_program(PROCESS_INFORMATION *process, DWORD timeout_ms)
 {
-    return run_program("\"" + program_folder() + "panel_press.exe\" continue 60", 90000);
+    DWORD exit_code = 99;
+    if (WaitForSingleObject(process->hProcess, timeout_ms) == WAIT_OBJECT_0)
+        GetExitCodeProcess(process->hProcess, &exit_code);
+    else
+        TerminateProcess(process->hProcess, 99);
+    CloseHandle(process->hProcess);
+    CloseHandle(process->hThread);
+    return exit_code;
 }
 
 sample_run run_sample(const std::string &temp, const std::string &arguments)
@@ -272,13 +268,18 @@ sample_run run_sample(const std::string &temp, const std::string &arguments)
     sample_run run = {99, "", {}};
     CreateDirectoryA(temp.c_str(), nullptr);
     SetEnvironmentVariableA("TEMP", temp.c_str());
-    HANDLE presser = CreateThread(nullptr, 0, press_continue, nullptr, 0, nullptr);
-    DWORD thread = 0;
-    run.exit_code = run_program("\"" + program_folder() + "spinning_cube.exe\" " + arguments, 60000, &thread);
+    PROCESS_INFORMATION sample, presser;
+    if (!start_program("\"" + program_folder() + "spinning_cube.exe\" " + arguments, &sample)) {
+        check(false, "could not start the sample");
+        return run;
+    }
+    // Continue pressed from outside, as the demo does it, on this sample's panel only.
     DWORD press_code = 99;
-    WaitForSingleObject(presser, 90000);
-    GetExitCodeThread(presser, &press_code);
-    CloseHandle(presser);
+    if (start_program("\"" + program_folder() + "panel_press.exe\" continue 60 " + std::to_string(sample.dwProcessId),
+                      &presser))
+        press_code = wait_program(&presser, 90000);
+    DWORD thread = sample.dwThreadId;
+    run.exit_code = wait_program(&sample, 60000);
     check(press_code == 0, "the sample never halted at its first call");
     check(run.exit_code == 0, "the sample ended with %lu", (unsigned long)run.exit_code);
     run.history_folder = session_directory(temp, thread) + "\\history\\";
