@@ -60,12 +60,21 @@ void *gls_calloc(size_t size)
 
 void gls_free(void *block) { free(block); }
 
-// The common test of every operation: a current context, else GLS_STATE_ERROR.
-static GlsContext *require_context()
+GlsContext *gls_require_context()
 {
     GlsContext *ctx = gls_current();
     if (!ctx)
         gls_set_error(GLS_STATE_ERROR);
+    return ctx;
+}
+
+GlsContext *gls_require_command(GLSopcode opcode)
+{
+    GlsContext *ctx = gls_require_context();
+    if (ctx && !gls_opcode_exists(opcode)) {
+        gls_set_error(GLS_UNSUPPORTED_COMMAND);
+        return nullptr;
+    }
     return ctx;
 }
 
@@ -271,7 +280,7 @@ void glsContext(GLuint id)
 
 void glsDeleteContext(GLuint id)
 {
-    if (!require_context())
+    if (!gls_require_context())
         return;
     gls_lock_enter();
     GlsContext *ctx = (GlsContext *)gls_intmap_find(context_table, id);
@@ -292,7 +301,7 @@ void glsDeleteContext(GLuint id)
 
 GLuint *glsGetAllContexts()
 {
-    if (!require_context())
+    if (!gls_require_context())
         return nullptr;
     gls_lock_enter();
     GLuint *ids = (GLuint *)gls_malloc((context_list.count + 1) * sizeof(GLuint));
@@ -315,7 +324,7 @@ GLuint glsGetCurrentContext()
 
 GLboolean glsIsContext(GLuint id)
 {
-    if (!require_context())
+    if (!gls_require_context())
         return 0;
     gls_lock_enter();
     bool found = gls_intmap_find(context_table, id) != nullptr;
@@ -328,7 +337,7 @@ GLboolean glsIsContext(GLuint id)
 
 GLboolean glsBeginCapture(const GLubyte *name, GLSenum type, GLbitfield writeFlags)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return 0;
     if (ctx->captureNesting >= GLS_CAPTURE_NESTING_LIMIT) {
@@ -365,7 +374,7 @@ GLboolean glsBeginCapture(const GLubyte *name, GLSenum type, GLbitfield writeFla
 
 void glsEndCapture()
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return;
     if (ctx->captureNesting < 1) {
@@ -382,7 +391,7 @@ void glsEndCapture()
 
 void glsFlush()
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !ctx->currentWriter)
         return;
     gls_flush_writer(ctx->currentWriter);
@@ -391,13 +400,9 @@ void glsFlush()
 
 void glsCaptureFlags(GLSopcode opcode, GLbitfield flags)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_command(opcode);
     if (!ctx)
         return;
-    if (!gls_opcode_exists(opcode)) {
-        gls_set_error(GLS_UNSUPPORTED_COMMAND);
-        return;
-    }
     if (flags >= 8) {
         gls_set_error(GLS_PARAMETER_ERROR);
         return;
@@ -409,19 +414,15 @@ void glsCaptureFlags(GLSopcode opcode, GLbitfield flags)
 
 GLbitfield glsGetCaptureFlags(GLSopcode opcode)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_command(opcode);
     if (!ctx)
         return 0;
-    if (!gls_opcode_exists(opcode)) {
-        gls_set_error(GLS_UNSUPPORTED_COMMAND);
-        return 0;
-    }
     return ctx->captureFlags[opcode];
 }
 
 static void set_enabled(GLSenum attrib, int32_t value)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return;
     if (attrib == GLS_ABORT_CALL) {
@@ -439,7 +440,7 @@ void glsDisable(GLSenum attrib) { set_enabled(attrib, 0); }
 
 GLboolean glsIsEnabled(GLSenum attrib)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return 0;
     if (attrib == GLS_ABORT_CALL)
@@ -452,7 +453,7 @@ GLboolean glsIsEnabled(GLSenum attrib)
 
 void glsCommandFunc(GLSenum target, GLSopcode opcode, GlsFunc func)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return;
     if (target != GLS_CALL_FUNC && target != GLS_CAPTURE_FUNC) {
@@ -475,13 +476,9 @@ void glsCommandFunc(GLSenum target, GLSopcode opcode, GlsFunc func)
 
 GlsFunc glsGetCommandFunc(GLSenum target, GLSopcode opcode)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_command(opcode);
     if (!ctx)
         return nullptr;
-    if (!gls_opcode_exists(opcode)) {
-        gls_set_error(GLS_UNSUPPORTED_COMMAND);
-        return nullptr;
-    }
     switch (target) {
     case GLS_CALL_FUNC:
         return ctx->callFuncs[opcode];
@@ -497,7 +494,7 @@ GlsFunc glsGetCommandFunc(GLSenum target, GLSopcode opcode)
 
 void glsCaptureFunc(GLSenum target, GlsCaptureFunc func)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return;
     if (target == GLS_CAPTURE_ENTRY_FUNC)
@@ -510,13 +507,13 @@ void glsCaptureFunc(GLSenum target, GlsCaptureFunc func)
 
 void glsDataPointer(void *pointer)
 {
-    if (GlsContext *ctx = require_context())
+    if (GlsContext *ctx = gls_require_context())
         ctx->dataPointer = pointer;
 }
 
 void glsChannel(GLSenum target, FILE *channel)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return;
     if (target == GLS_DEFAULT_READ_CHANNEL)
@@ -529,19 +526,19 @@ void glsChannel(GLSenum target, FILE *channel)
 
 void glsReadFunc(GlsReadFunc func)
 {
-    if (GlsContext *ctx = require_context())
+    if (GlsContext *ctx = gls_require_context())
         ctx->readFunc = func;
 }
 
 void glsWriteFunc(GlsWriteFunc func)
 {
-    if (GlsContext *ctx = require_context())
+    if (GlsContext *ctx = gls_require_context())
         ctx->writeFunc = func;
 }
 
 void glsStringType(GLSenum type)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return;
     if (type < GLS_UCS1 || type > GLS_UCS4) {
@@ -553,7 +550,7 @@ void glsStringType(GLSenum type)
 
 void glsResetWriterAlignment()
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (ctx && ctx->currentWriter)
         ctx->currentWriter->wordParity = 0;
 }

@@ -215,37 +215,17 @@ static GLint direct_level_integer(GlsContext *ctx, GLenum target, GLint level, G
     return value;
 }
 
-// Before the first read of pixels, the pack state is set for tight data, as for unpacking.
-static void prepare_pack(GlsContext *ctx)
-{
-    if (ctx->glInfo.packParametersSet)
-        return;
-    ctx->glInfo.packParametersSet = 1;
-    static const GLenum pnames[] = {GL_PACK_LSB_FIRST, GL_PACK_ROW_LENGTH, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS,
-                                    GL_PACK_SWAP_BYTES};
-    fn_glPixelStorei store = (fn_glPixelStorei)gls_default_dispatch[OP_glPixelStorei];
-    int token = enterDirectCall(ctx, OP_glPixelStorei);
-    store(GL_PACK_ALIGNMENT, 1);
-    for (GLenum pname : pnames)
-        store(pname, 0);
-    if (ctx->glInfo.extTexture3D == 1) {
-        store(GL_PACK_IMAGE_HEIGHT_EXT, 0);
-        store(GL_PACK_SKIP_IMAGES_EXT, 0);
-    }
-    leaveDirectCall(ctx, OP_glPixelStorei, token);
-}
-
 // The bytes GL may write through the command's output pointer: the images and tables that a
 // read gets back are sized by their arguments and GL's own state, the rest are state queries.
 static uint64_t out_bytes(GlsContext *ctx, int opcode, const GlsArgValue *values)
 {
     switch (opcode) {
     case OP_glReadPixels:
-        prepare_pack(ctx);
+        gls_prepare_pack(ctx);
         return gls_image_bytes((GLenum)values[4].u, (GLenum)values[5].u, (GLsizei)values[2].i,
                                (GLsizei)values[3].i, 1);
     case OP_glGetTexImage: {
-        prepare_pack(ctx);
+        gls_prepare_pack(ctx);
         GLenum target = (GLenum)values[0].u;
         GLint level = (GLint)values[1].i;
         GLint width = direct_level_integer(ctx, target, level, GL_TEXTURE_WIDTH);
@@ -292,23 +272,40 @@ void *gls_out_area(GlsContext *ctx, int opcode, const GlsArgValue *values)
     return state->scratch[slot];
 }
 
-void gls_prepare_unpack(GlsContext *ctx)
+// The pixel-store state of one direction, set once a read for the stream's tight data.
+struct PixelStoreNames {
+    GLenum alignment, lsbFirst, rowLength, skipRows, skipPixels, swapBytes, imageHeight, skipImages;
+};
+
+static void set_tight(GlsContext *ctx, int *done, const PixelStoreNames &names)
 {
-    if (ctx->glInfo.unpackParametersSet)
+    if (*done)
         return;
-    ctx->glInfo.unpackParametersSet = 1;
-    static const GLenum pnames[] = {GL_UNPACK_LSB_FIRST, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS,
-                                    GL_UNPACK_SKIP_PIXELS, GL_UNPACK_SWAP_BYTES};
+    *done = 1;
     fn_glPixelStorei store = (fn_glPixelStorei)gls_default_dispatch[OP_glPixelStorei];
     int token = enterDirectCall(ctx, OP_glPixelStorei);
-    store(GL_UNPACK_ALIGNMENT, 1);
-    for (GLenum pname : pnames)
+    store(names.alignment, 1);
+    for (GLenum pname : {names.lsbFirst, names.rowLength, names.skipRows, names.skipPixels, names.swapBytes})
         store(pname, 0);
     if (ctx->glInfo.extTexture3D == 1) {
-        store(GL_UNPACK_IMAGE_HEIGHT_EXT, 0);
-        store(GL_UNPACK_SKIP_IMAGES_EXT, 0);
+        store(names.imageHeight, 0);
+        store(names.skipImages, 0);
     }
     leaveDirectCall(ctx, OP_glPixelStorei, token);
+}
+
+void gls_prepare_unpack(GlsContext *ctx)
+{
+    set_tight(ctx, &ctx->glInfo.unpackParametersSet,
+              {GL_UNPACK_ALIGNMENT, GL_UNPACK_LSB_FIRST, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS,
+               GL_UNPACK_SKIP_PIXELS, GL_UNPACK_SWAP_BYTES, GL_UNPACK_IMAGE_HEIGHT_EXT, GL_UNPACK_SKIP_IMAGES_EXT});
+}
+
+void gls_prepare_pack(GlsContext *ctx)
+{
+    set_tight(ctx, &ctx->glInfo.packParametersSet,
+              {GL_PACK_ALIGNMENT, GL_PACK_LSB_FIRST, GL_PACK_ROW_LENGTH, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS,
+               GL_PACK_SWAP_BYTES, GL_PACK_IMAGE_HEIGHT_EXT, GL_PACK_SKIP_IMAGES_EXT});
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -142,8 +142,10 @@ void gls_report_unsupported(const char *name);
 // bytes of one element of a pixel or list type.
 uint64_t gls_image_bytes(GLenum format, GLenum type, int64_t width, int64_t height, int64_t depth);
 size_t gls_element_size(GLenum type);
-// Before the first image of a read, the unpack state is set for tight data.
+// Before the first image of a read, the unpack state is set for tight data; before the first
+// read of pixels, the pack state.
 void gls_prepare_unpack(GlsContext *ctx);
+void gls_prepare_pack(GlsContext *ctx);
 // The area an output pointer of a read points GL to, big enough for what the command can write
 // there; the arguments before it are decoded. Null when no such area can be had.
 void *gls_out_area(GlsContext *ctx, int opcode, const GlsArgValue *values);

@@ -80,6 +80,11 @@ GLboolean glsIsExtensionSupported(const GLubyte *name);
 GLboolean glsIsVersionSupported(GLSenum api, GLint major, GLint minor);
 GLSenum glsBinary(GLboolean swapped);
 
+// The common test of the operations: the current context, else GLS_STATE_ERROR; with an opcode
+// also one that names a command, else GLS_UNSUPPORTED_COMMAND and null.
+GlsContext *gls_require_context();
+GlsContext *gls_require_command(GLSopcode opcode);
+
 // Recomputes defaultDispatch, callDispatch and decodeDispatch of a context.
 void gls_update_dispatch(GlsContext *ctx);
 // Resets the cached facts about the GL context.

@@ -14,14 +14,6 @@
 #include <cstring>
 #include <ctime>
 
-static GlsContext *require_context()
-{
-    GlsContext *ctx = gls_current();
-    if (!ctx)
-        gls_set_error(GLS_STATE_ERROR);
-    return ctx;
-}
-
 // ---------------------------------------------------------------------------------------------
 // Commands
 
@@ -49,7 +41,7 @@ static void fill_opcode_lists()
 
 GLuint glsGetOpcodeCount(GLSenum api)
 {
-    if (!require_context())
+    if (!gls_require_context())
         return 0;
     if (api == GLS_API_GLS)
         return GLS_GLS_COMMAND_COUNT;
@@ -61,7 +53,7 @@ GLuint glsGetOpcodeCount(GLSenum api)
 
 const GLSopcode *glsGetOpcodes(GLSenum api)
 {
-    if (!require_context())
+    if (!gls_require_context())
         return nullptr;
     fill_opcode_lists();
     if (api == GLS_API_GLS)
@@ -74,12 +66,8 @@ const GLSopcode *glsGetOpcodes(GLSenum api)
 
 GLint glsGetCommandi(GLSopcode opcode, GLSenum attrib)
 {
-    if (!require_context())
+    if (!gls_require_command(opcode))
         return 0;
-    if (!gls_opcode_exists(opcode)) {
-        gls_set_error(GLS_UNSUPPORTED_COMMAND);
-        return 0;
-    }
     switch (attrib) {
     case GLS_API: return opcode / 16 == 1 || opcode / 16 == 2 ? GLS_API_GLS : GLS_API_GL;
     case GLS_IS_CLIENT_COMMAND: return (gls_attributes[opcode] & GLS_ATTRIB_CLIENT) != 0;
@@ -92,13 +80,9 @@ GLint glsGetCommandi(GLSopcode opcode, GLSenum attrib)
 
 const GLubyte *glsGetOpcodeName(GLSopcode opcode)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_command(opcode);
     if (!ctx)
         return nullptr;
-    if (!gls_opcode_exists(opcode)) {
-        gls_set_error(GLS_UNSUPPORTED_COMMAND);
-        return nullptr;
-    }
     return gls_return_string(ctx, gls_opcode_names[opcode]);
 }
 
@@ -110,7 +94,7 @@ static bool find_name(GlsDict *(GlsDictionarySet::*member), const char *name, in
 
 GLSopcode glsGetOpcode(const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !name)
         return 0;
     GlsString scratch = {};
@@ -135,7 +119,7 @@ static bool gl_client_enum(GLuint value)
 
 GLint glsGetEnumi(GLSenum api, GLuint value, GLSenum attrib)
 {
-    if (!require_context())
+    if (!gls_require_context())
         return 0;
     if ((api != GLS_API_GLS && api != GLS_API_GL) || attrib != GLS_IS_CLIENT_ENUM) {
         gls_set_error(GLS_PARAMETER_ERROR);
@@ -146,7 +130,7 @@ GLint glsGetEnumi(GLSenum api, GLuint value, GLSenum attrib)
 
 const GLubyte *glsGetEnumName(GLSenum api, GLuint value)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return nullptr;
     const char *name = api == GLS_API_GLS ? gls_gls_enum_name((int32_t)value)
@@ -160,7 +144,7 @@ const GLubyte *glsGetEnumName(GLSenum api, GLuint value)
 
 GLint glsGetEnumValue(GLSenum api, const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !name)
         return -1;
     if (api != GLS_API_GLS && api != GLS_API_GL) {
@@ -182,7 +166,7 @@ GLint glsGetEnumValue(GLSenum api, const GLubyte *name)
 
 GlsFunc glsGetFunc(GLSenum attrib)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return nullptr;
     switch (attrib) {
@@ -198,7 +182,7 @@ GlsFunc glsGetFunc(GLSenum attrib)
 
 void *glsGetPointer(GLSenum attrib)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return nullptr;
     switch (attrib) {
@@ -213,7 +197,7 @@ void *glsGetPointer(GLSenum attrib)
 
 GLint glsGeti(GLSenum attrib)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return 0;
     switch (attrib) {
@@ -236,7 +220,7 @@ GLint glsGeti(GLSenum attrib)
 
 const GLubyte *glsGetc(GLSenum attrib)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return nullptr;
     switch (attrib) {
@@ -252,7 +236,7 @@ const GLubyte *glsGetc(GLSenum attrib)
 
 void glsGetl(GLSenum attrib, GLint *outVec)
 {
-    if (!require_context())
+    if (!gls_require_context())
         return;
     if (attrib != GLS_CURRENT_TIME || !outVec) {
         gls_set_error(GLS_PARAMETER_ERROR);
@@ -279,7 +263,7 @@ void glsGetl(GLSenum attrib, GLint *outVec)
 
 const GLubyte *glsGetHeaderc(GLSenum attrib)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return nullptr;
     GlsHeader *h = &ctx->header;
@@ -310,7 +294,7 @@ static GLfloat *header_floats(GlsHeader *h, GLSenum attrib, int *count)
 
 GLfloat glsGetHeaderf(GLSenum attrib)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return 0;
     int count;
@@ -324,7 +308,7 @@ GLfloat glsGetHeaderf(GLSenum attrib)
 
 void glsGetHeaderfv(GLSenum attrib, GLfloat *outVec)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return;
     int count;
@@ -338,7 +322,7 @@ void glsGetHeaderfv(GLSenum attrib, GLfloat *outVec)
 
 GLint glsGetHeaderi(GLSenum attrib)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return 0;
     GLint *value = gls_header_int(&ctx->header, attrib);
@@ -351,7 +335,7 @@ GLint glsGetHeaderi(GLSenum attrib)
 
 void glsGetHeaderiv(GLSenum attrib, GLint *outVec)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return;
     if (!outVec) {
@@ -375,7 +359,7 @@ void glsGetHeaderiv(GLSenum attrib, GLint *outVec)
 
 const GLubyte *glsGetListc(GLSenum attrib, GLint index)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return nullptr;
     const char *text = nullptr;
@@ -394,7 +378,7 @@ const GLubyte *glsGetListc(GLSenum attrib, GLint index)
 
 GLint glsGetListi(GLSenum attrib, GLint index)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return 0;
     if (attrib != GLS_OUT_ARG_SIZE_LIST || index < 0 || index >= ctx->outArgCount) {
@@ -406,7 +390,7 @@ GLint glsGetListi(GLSenum attrib, GLint index)
 
 GLlong glsGetListl(GLSenum attrib, GLint index)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return 0;
     if (attrib != GLS_OUT_ARG_POINTER_LIST || index < 0 || index >= ctx->outArgCount) {
@@ -455,7 +439,7 @@ bool gls_extension_supported(const char *name)
 
 GLboolean glsIsExtensionSupported(const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !name)
         return 0;
     GlsString scratch = {};
@@ -496,7 +480,7 @@ bool gls_version_supported(GLSenum api, GLint major, GLint minor)
 
 GLboolean glsIsVersionSupported(GLSenum api, GLint major, GLint minor)
 {
-    if (!require_context())
+    if (!gls_require_context())
         return 0;
     return gls_version_supported(api, major, minor);
 }

@@ -328,17 +328,9 @@ void gls_streams_release(GlsContext *ctx)
     ctx->contextStreamDict = nullptr;
 }
 
-static GlsContext *require_context()
-{
-    GlsContext *ctx = gls_current();
-    if (!ctx)
-        gls_set_error(GLS_STATE_ERROR);
-    return ctx;
-}
-
 void glsPrependReadPrefix(const GLubyte *prefix)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !prefix)
         return;
     GlsString scratch = {};
@@ -350,7 +342,7 @@ void glsPrependReadPrefix(const GLubyte *prefix)
 
 void glsRemoveReadPrefix(GLuint index)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx)
         return;
     GlsBox *box = index < (GLuint)ctx->readPrefixList.count ? gls_list_at(&ctx->readPrefixList, (int)index) : nullptr;
@@ -364,7 +356,7 @@ void glsRemoveReadPrefix(GLuint index)
 
 void glsWritePrefix(const GLubyte *prefix)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !prefix)
         return;
     GlsString scratch = {};
@@ -705,7 +697,7 @@ static GLuint stream_type(GlsContext *ctx, GLSenum attrib, const GLubyte *name)
 
 void glsDeleteStream(const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !name)
         return;
     WITH_UTF8_NAME(ctx, name, utf8, )
@@ -715,7 +707,7 @@ void glsDeleteStream(const GLubyte *name)
 
 size_t glsGetStreamSize(const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !name)
         return 0;
     WITH_UTF8_NAME(ctx, name, utf8, 0)
@@ -726,7 +718,7 @@ size_t glsGetStreamSize(const GLubyte *name)
 
 GLboolean glsIsContextStream(const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !name)
         return 0;
     WITH_UTF8_NAME(ctx, name, utf8, 0)
@@ -737,7 +729,7 @@ GLboolean glsIsContextStream(const GLubyte *name)
 
 const GLubyte *glsGetStreamAttrib(GLSenum attrib, const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !name)
         return nullptr;
     WITH_UTF8_NAME(ctx, name, utf8, nullptr)
@@ -750,7 +742,7 @@ const GLubyte *glsGetStreamAttrib(GLSenum attrib, const GLubyte *name)
 
 GLuint glsGetStreamType(GLSenum attrib, const GLubyte *name)
 {
-    GlsContext *ctx = require_context();
+    GlsContext *ctx = gls_require_context();
     if (!ctx || !name)
         return 0;
     WITH_UTF8_NAME(ctx, name, utf8, 0)
