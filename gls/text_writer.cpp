@@ -161,8 +161,102 @@ static int format_number(char *text, double value, bool is_float, uint64_t nan_b
     return repair_number(text, length);
 }
 
+// Powers of ten from 1E-46 to 1E+52 as doubles: a float's decimal exponent lies within, and so
+// does the factor that scales its seven digits into [1E+06, 1E+07).
+enum : int { POWER_LOW = -46, POWER_HIGH = 52 };
+static const double *powers_of_ten()
+{
+    static double table[POWER_HIGH - POWER_LOW + 1];
+    static bool made = [] {
+        for (int i = POWER_LOW; i <= POWER_HIGH; ++i)
+            table[i - POWER_LOW] = std::pow(10.0, i);
+        return true;
+    }();
+    (void)made;
+    return table - POWER_LOW;
+}
+
+// "%.7G" of a non-zero finite float, from one multiplication: the float times a power of ten
+// is within a few units of 1E-9 of the exact product, so rounding it to an integer gives the
+// exact seven digits unless the product lies that close to a half. Then, and at the range's
+// edges, 0: the exact path decides.
+static int fast_float_text(char *text, float value)
+{
+    const double *pow10 = powers_of_ten();
+    double magnitude = std::fabs((double)value);
+    int binary_exponent;
+    std::frexp(magnitude, &binary_exponent);
+    // The decimal exponent: from the binary one, then corrected against the table.
+    int exponent = (int)std::floor((binary_exponent - 1) * 0.30102999566398120);
+    if (exponent < POWER_LOW || exponent + 1 > 38)
+        return 0;
+    if (magnitude >= pow10[exponent + 1])
+        ++exponent;
+    else if (magnitude < pow10[exponent])
+        --exponent;
+    if (6 - exponent < POWER_LOW || 6 - exponent > POWER_HIGH)
+        return 0;
+    double scaled = magnitude * pow10[6 - exponent];
+    if (scaled < 999999.5 || scaled >= 9999999.5)
+        return 0;
+    double whole = std::floor(scaled);
+    double fraction = scaled - whole;
+    if (std::fabs(fraction - 0.5) < 1e-6)
+        return 0;
+    uint32_t digits = (uint32_t)whole + (fraction > 0.5);
+    if (digits >= 10000000) {
+        digits /= 10;
+        ++exponent;
+    }
+    if (digits < 1000000)
+        return 0;
+    char d[7];
+    for (int i = 6; i >= 0; --i, digits /= 10)
+        d[i] = (char)('0' + digits % 10);
+    int last = 6; // the last digit kept: trailing zeros go
+    while (last > 0 && d[last] == '0')
+        --last;
+    char *p = text;
+    if (value < 0)
+        *p++ = '-';
+    if (exponent < -4 || exponent >= 7) {
+        *p++ = d[0];
+        if (last > 0) {
+            *p++ = '.';
+            for (int i = 1; i <= last; ++i)
+                *p++ = d[i];
+        }
+        *p++ = 'E';
+        *p++ = exponent < 0 ? '-' : '+';
+        int e = exponent < 0 ? -exponent : exponent;
+        *p++ = (char)('0' + e / 10);
+        *p++ = (char)('0' + e % 10);
+    } else if (exponent >= 0) {
+        for (int i = 0; i <= exponent; ++i)
+            *p++ = d[i];
+        if (last > exponent) {
+            *p++ = '.';
+            for (int i = exponent + 1; i <= last; ++i)
+                *p++ = d[i];
+        }
+    } else {
+        *p++ = '0';
+        *p++ = '.';
+        for (int i = 1; i < -exponent; ++i)
+            *p++ = '0';
+        for (int i = 0; i <= last; ++i)
+            *p++ = d[i];
+    }
+    *p = 0;
+    return (int)(p - text);
+}
+
 int gls_format_float(char *text, GLfloat value)
 {
+    // Whole numbers, zeros and what is not finite take the general path.
+    if (std::isfinite(value) && value != 0 && value != std::nearbyint(value))
+        if (int length = fast_float_text(text, value))
+            return length;
     uint32_t bits;
     memcpy(&bits, &value, 4);
     return format_number(text, value, true, bits);

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -58,6 +59,32 @@ TEST(NumberFormat, FloatsWithFewDigitsAndTies)
         float values[] = {i / 1000.0f, i * 0.05f, i * 12.5f + 0.5f, (float)i * 1e-7f, (float)i * 1e30f};
         for (float value : values)
             ASSERT_EQ(float_text(value), by_printf(value, true)) << value;
+    }
+}
+
+// Where a short cut goes wrong: next to each power of ten, where the decimal exponent changes;
+// among the subnormals; around 2^24, where floats stop having fractions.
+TEST(NumberFormat, FloatsAtTheEdgesOfTheirDecimalExponent)
+{
+    std::vector<float> values;
+    for (int k = -45; k <= 38; ++k) {
+        float near = (float)std::pow(10.0, k);
+        for (int side : {-1, 1}) {
+            float value = near;
+            for (int step = 0; step < 40; ++step, value = std::nextafter(value, side * INFINITY))
+                values.push_back(value);
+        }
+    }
+    for (uint32_t bits = 1; bits < 0x00800000u; bits += 997) {
+        float value;
+        memcpy(&value, &bits, 4);
+        values.push_back(value);
+    }
+    for (float value = 16777200.0f; value < 16777240.0f; value = std::nextafter(value, INFINITY))
+        values.push_back(value);
+    for (float value : values) {
+        ASSERT_EQ(float_text(value), by_printf(value, true)) << value;
+        ASSERT_EQ(float_text(-value), by_printf(-value, true)) << -value;
     }
 }
 
