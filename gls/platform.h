@@ -11,8 +11,20 @@
 #  include <windows.h>
 typedef DWORD GlsTlsIndex;
 #  define GLS_TLS_INVALID TLS_OUT_OF_INDEXES
-// TlsGetValue: C++ thread_local is emulated under mingw and too slow for the per-call path.
-inline void *gls_tls_get(GlsTlsIndex index) { return TlsGetValue(index); }
+// C++ thread_local is emulated under mingw and too slow for the per-call path, and so is a call
+// of TlsGetValue, which also clears the application's last error. The first 64 slots lie in the
+// thread's own block, read directly.
+#  if defined(_WIN64)
+#    define GLS_TLS_SLOTS_OFFSET 0x1480
+#  else
+#    define GLS_TLS_SLOTS_OFFSET 0xE10
+#  endif
+inline void *gls_tls_get(GlsTlsIndex index)
+{
+    if (index < 64)
+        return ((void *const *)((const char *)NtCurrentTeb() + GLS_TLS_SLOTS_OFFSET))[index];
+    return TlsGetValue(index);
+}
 inline void gls_tls_set(GlsTlsIndex index, void *value) { TlsSetValue(index, value); }
 #else
 #  include <pthread.h>

@@ -3,6 +3,7 @@
 #include "session/context.h"
 
 #include "gls/gls.h"
+#include "gls/platform.h"
 #include "recording/history.h"
 #include "interception/bind.h"
 #include "interception/install.h"
@@ -148,10 +149,21 @@ __attribute__((noinline)) static void reinstall_codec(thread_record *record)
     }
 }
 
+// GetCurrentThreadId without the call: the id lies in the thread's own block.
+static inline uint32_t current_thread_id()
+{
+#if defined(_WIN64)
+    const size_t unique_thread = 0x48;
+#else
+    const size_t unique_thread = 0x24;
+#endif
+    return (uint32_t)*(const uintptr_t *)((const char *)NtCurrentTeb() + unique_thread);
+}
+
 thread_record *thread_entry()
 {
-    uint32_t id = GetCurrentThreadId();
-    thread_record *record = (thread_record *)TlsGetValue(session_tls);
+    uint32_t id = current_thread_id();
+    thread_record *record = (thread_record *)gls_tls_get(session_tls);
     if (!record || record->id != id)
         record = start_session(record, id);
     library_table *table = record->library_table;
