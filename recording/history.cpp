@@ -34,11 +34,14 @@ void history_open(thread_record *record, bool truncate)
     per_gl *gl = record->per_gl;
     char name[NAME_SIZE + 32];
     snprintf(name, sizeof name, "%s\\history\\%d.gls", record->temp_dir, (int)gl->handle);
-    gl->history_file = fopen(name, truncate ? "w" : "a+");
+    gl->history_file = fopen(name, HISTORY_FILE_MODE(truncate));
     if (!gl->history_file) {
         fatal_report("gls", __LINE__, "Could not open %s.", name);
         session_exit(1);
     }
+    // The file is flushed where it is read (halts, swaps, long pieces), not by a full buffer
+    // every hundred calls.
+    setvbuf(gl->history_file, nullptr, _IOFBF, HISTORY_FILE_BUFFER);
     // A stream keeps the write function it began with: the long-lived capture stays bound to
     // the file, and every per-call capture begun later writes to last_call_text.
     glsWriteFunc(history_write);

@@ -81,7 +81,7 @@ static void output_line(LineOutput *out, int indent, const char *text, int count
     }
     output_put(out, text, count);
     if (line_end)
-        output_put(out, "\r\n", 2);
+        output_put(out, HISTORY_LINE_END, (int)sizeof HISTORY_LINE_END - 1);
 }
 
 void history_format(FILE *file, int count, const char *text, int call_depth, bool limit_data_dumps)

@@ -13,6 +13,7 @@ enum : int {
     SHORTENED_COMMAS = 16,    // commas behind the first brace that a shortened array keeps
     SHORTEN_BUFFER = 1536,    // bytes of the buffer for a shortened piece
     INDENT_PER_DEPTH = 2,     // blanks of indent for each level of call_depth
+    HISTORY_FILE_BUFFER = 1 << 16,
 };
 
 // First index in [from, to) holding c, else -1.
@@ -21,6 +22,17 @@ int find_char(char c, int from, int to, const char *text);
 const char *find_char_ptr(char c, int count, const char *text);
 // True if out (SHORTEN_BUFFER bytes) now holds a shortened, zero-terminated copy of the piece.
 bool shorten_data(int count, const char *text, char *out);
+
+// What a line end of the history puts into its file. The text's "\r\n" went through a
+// text-mode file on Windows, which adds a carriage return of its own: the file is binary there,
+// so that each write is a plain copy, and the formatter writes that carriage return itself.
+#if defined(_WIN32)
+#  define HISTORY_LINE_END "\r\r\n"
+#  define HISTORY_FILE_MODE(truncate) ((truncate) ? "wb" : "ab")
+#else
+#  define HISTORY_LINE_END "\r\n"
+#  define HISTORY_FILE_MODE(truncate) ((truncate) ? "w" : "a")
+#endif
 
 // Writes one piece to a history file: optional shortening, the indent of call_depth and the
 // line ends the panel's edit controls want.
