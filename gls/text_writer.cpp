@@ -164,17 +164,19 @@ static int format_number(char *text, double value, bool is_float, uint64_t nan_b
 // Powers of ten from 1E-46 to 1E+52 as doubles: a float's decimal exponent lies within, and so
 // does the factor that scales its seven digits into [1E+06, 1E+07).
 enum : int { POWER_LOW = -46, POWER_HIGH = 52 };
-static const double *powers_of_ten()
+struct PowerTable {
+    double values[POWER_HIGH - POWER_LOW + 1];
+};
+static PowerTable make_powers()
 {
-    static double table[POWER_HIGH - POWER_LOW + 1];
-    static bool made = [] {
-        for (int i = POWER_LOW; i <= POWER_HIGH; ++i)
-            table[i - POWER_LOW] = std::pow(10.0, i);
-        return true;
-    }();
-    (void)made;
-    return table - POWER_LOW;
+    PowerTable table;
+    for (int i = POWER_LOW; i <= POWER_HIGH; ++i)
+        table.values[i - POWER_LOW] = std::pow(10.0, i);
+    return table;
 }
+// Made at load, so that no call asks whether it is made yet.
+static const PowerTable power_table = make_powers();
+static const double *const pow10 = power_table.values - POWER_LOW;
 
 // "%.7G" of a non-zero finite float, from one multiplication: the float times a power of ten
 // is within a few units of 1E-9 of the exact product, so rounding it to an integer gives the
@@ -182,28 +184,35 @@ static const double *powers_of_ten()
 // edges, 0: the exact path decides.
 static int fast_float_text(char *text, float value)
 {
-    const double *pow10 = powers_of_ten();
-    double magnitude = std::fabs((double)value);
-    int binary_exponent;
-    std::frexp(magnitude, &binary_exponent);
-    // The decimal exponent: from the binary one, then corrected against the table.
-    int exponent = (int)std::floor((binary_exponent - 1) * 0.30102999566398120);
+    // No calls into the C library here: on some platforms each is a call across libraries.
+    uint32_t bits;
+    memcpy(&bits, &value, 4);
+    bits &= 0x7FFFFFFFu;
+    float positive;
+    memcpy(&positive, &bits, 4);
+    double magnitude = positive;
+    // The decimal exponent: from the binary one (floor of log10(2) times it, in fixed point),
+    // then corrected against the table. Subnormals start from the lowest.
+    int binary_exponent = (int)(bits >> 23) - 127;
+    if (binary_exponent < -126)
+        binary_exponent = -150;
+    int exponent = (binary_exponent * 78913) >> 18;
     if (exponent < POWER_LOW || exponent + 1 > 38)
         return 0;
-    if (magnitude >= pow10[exponent + 1])
+    while (exponent + 1 <= 38 && magnitude >= pow10[exponent + 1])
         ++exponent;
-    else if (magnitude < pow10[exponent])
+    while (exponent > POWER_LOW && magnitude < pow10[exponent])
         --exponent;
     if (6 - exponent < POWER_LOW || 6 - exponent > POWER_HIGH)
         return 0;
     double scaled = magnitude * pow10[6 - exponent];
     if (scaled < 999999.5 || scaled >= 9999999.5)
         return 0;
-    double whole = std::floor(scaled);
-    double fraction = scaled - whole;
-    if (std::fabs(fraction - 0.5) < 1e-6)
+    uint32_t whole = (uint32_t)scaled; // scaled is positive: truncation is the floor
+    double fraction = scaled - (double)whole;
+    if (fraction > 0.5 - 1e-6 && fraction < 0.5 + 1e-6)
         return 0;
-    uint32_t digits = (uint32_t)whole + (fraction > 0.5);
+    uint32_t digits = whole + (fraction > 0.5);
     if (digits >= 10000000) {
         digits /= 10;
         ++exponent;
@@ -253,8 +262,10 @@ static int fast_float_text(char *text, float value)
 
 int gls_format_float(char *text, GLfloat value)
 {
-    // Whole numbers, zeros and what is not finite take the general path.
-    if (std::isfinite(value) && value != 0 && value != std::nearbyint(value))
+    // Whole numbers, zeros and what is not finite take the general path: a float of 2^23 and
+    // above is whole.
+    float magnitude = value < 0 ? -value : value;
+    if (magnitude > 0 && magnitude < 8388608.0f && (float)(int32_t)magnitude != magnitude)
         if (int length = fast_float_text(text, value))
             return length;
     uint32_t bits;
