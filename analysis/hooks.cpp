@@ -6,6 +6,7 @@
 #include "analysis/reports.h"
 #include "gen/gl_enums.h"
 #include "gls/gls.h"
+#include "recording/history.h"
 
 #include <cinttypes>
 #include <cmath>
@@ -171,8 +172,7 @@ void hook_glFinish(thread_record *record)
     gl->flush_count += 1;
     if (gl->list_calls_file)
         fflush(gl->list_calls_file);
-    if (gl->history_file)
-        fflush(gl->history_file);
+    history_flush(gl);
     flush_ended(record);
 }
 
@@ -180,8 +180,7 @@ void hook_glFlush(thread_record *record)
 {
     per_gl *gl = record->per_gl;
     gl->flush_count += 1;
-    if (gl->history_file)
-        fflush(gl->history_file);
+    history_flush(gl);
     if (gl->list_calls_file)
         fflush(gl->list_calls_file);
     flush_ended(record);

@@ -2,6 +2,7 @@
 #include "interception/wgl.h"
 
 #include "gls/gls.h"
+#include "recording/history.h"
 #include "session/rings.h"
 #include "session/run_control.h"
 
@@ -53,8 +54,7 @@ void swap_halt_point(thread_record *record, const char *name)
 void flush_session_files(thread_record *record)
 {
     per_gl *gl = record->per_gl;
-    if (gl->history_file)
-        fflush(gl->history_file);
+    history_flush(gl);
     if (gl->list_calls_file)
         fflush(gl->list_calls_file);
 }

@@ -3,10 +3,16 @@
 #include "gen/calls.h"
 #include "gls/gls.h"
 #include "recording/line_format.h"
+#include "session/mmaps.h"
 #include "session/report.h"
 #include "gls/tables.h"
 
 #include <cstdio>
+
+#if defined(_WIN32)
+#  include <io.h>
+#  include <windows.h>
+#endif
 
 // The codec hands a write function only a count and bytes: the session is found through the
 // data pointer of the thread's codec context.
@@ -16,9 +22,9 @@ static size_t history_write(size_t count, const void *bytes)
 {
     thread_record *record = writing_record();
     per_gl *gl = record->per_gl;
-    if (record->per_proc->History != 1 || !gl || !gl->history_file)
+    if (record->per_proc->History != 1 || !gl || !gl->history_pending)
         return count;
-    history_format(gl->history_file, (int)count, (const char *)bytes, record->library_table->call_depth,
+    history_format(gl->history_pending, (int)count, (const char *)bytes, record->library_table->call_depth,
                    record->per_proc->limit_data_dumps == 1);
     return count;
 }
@@ -39,9 +45,23 @@ void history_open(thread_record *record, bool truncate)
         fatal_report("gls", __LINE__, "Could not open %s.", name);
         session_exit(1);
     }
-    // The file is flushed where it is read (halts, swaps, long pieces), not by a full buffer
-    // every hundred calls.
-    setvbuf(gl->history_file, nullptr, _IOFBF, HISTORY_FILE_BUFFER);
+    // Lines reach the file through the sink: one copy a line, a write every 64 KB and wherever
+    // the file is read (halts, swaps, long pieces).
+    if (!gl->history_pending)
+        gl->history_pending = (history_sink *)block_alloc(sizeof(history_sink));
+    if (!gl->history_pending) {
+        fatal_report("gls", __LINE__, "Out of memory.");
+        session_exit(1);
+    }
+    history_sink *sink = gl->history_pending;
+    sink->file = gl->history_file;
+    sink->handle = nullptr;
+    sink->used = 0;
+#if defined(_WIN32)
+    // The stream itself is never written: the sink writes at the file's end.
+    sink->handle = (void *)_get_osfhandle(_fileno(gl->history_file));
+    SetFilePointer((HANDLE)sink->handle, 0, nullptr, FILE_END);
+#endif
     // A stream keeps the write function it began with: the long-lived capture stays bound to
     // the file, and every per-call capture begun later writes to last_call_text.
     glsWriteFunc(history_write);
@@ -53,7 +73,28 @@ void history_close(thread_record *record)
 {
     per_gl *gl = record->per_gl;
     glsEndCapture();
-    if (gl->history_file)
-        fclose(gl->history_file);
+    history_file_close(gl);
+}
+
+void history_flush(per_gl *gl)
+{
+    if (!gl->history_file)
+        return;
+    if (gl->history_pending)
+        history_sink_drain(gl->history_pending);
+    fflush(gl->history_file);
+}
+
+void history_file_close(per_gl *gl)
+{
+    if (!gl->history_file)
+        return;
+    if (gl->history_pending)
+        history_sink_drain(gl->history_pending);
+    fclose(gl->history_file);
     gl->history_file = nullptr;
+    if (gl->history_pending) {
+        gl->history_pending->file = nullptr;
+        gl->history_pending->handle = nullptr;
+    }
 }

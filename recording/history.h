@@ -9,3 +9,7 @@ void apply_trace_set(thread_record *record);
 // Opens the current per_gl's file ("w" to truncate, else "a+") and begins the long-lived capture.
 void history_open(thread_record *record, bool truncate);
 void history_close(thread_record *record);
+// Puts what the history holds on disk, for a reader of the file.
+void history_flush(per_gl *gl);
+// Closes the file with all its lines, leaving the capture as it is.
+void history_file_close(per_gl *gl);

@@ -2,6 +2,10 @@
 
 #include <cstring>
 
+#if defined(_WIN32)
+#  include <windows.h>
+#endif
+
 int find_char(char c, int from, int to, const char *text)
 {
     for (int i = from; i < to; ++i)
@@ -38,27 +42,33 @@ bool shorten_data(int count, const char *text, char *out)
     return true;
 }
 
-// Lines are assembled here and handed to the file in whole pieces: the C library's formatted
-// output costs microseconds a call on some platforms, plain writes do not.
-struct LineOutput {
-    FILE *file;
-    int used;
-    char data[2048];
-};
-
-static void output_flush(LineOutput *out)
+// Windows: the system's own write, which needs no stream of the C library, so that the sink can
+// be drained when a program ends, after the C library may have closed its streams.
+static void sink_write(history_sink *sink, const char *bytes, int count)
 {
-    if (out->used > 0)
-        fwrite(out->data, 1, (size_t)out->used, out->file);
-    out->used = 0;
+#if defined(_WIN32)
+    DWORD written;
+    if (sink->handle)
+        WriteFile((HANDLE)sink->handle, bytes, (DWORD)count, &written, nullptr);
+#else
+    if (sink->file)
+        fwrite(bytes, 1, (size_t)count, sink->file);
+#endif
 }
 
-static void output_put(LineOutput *out, const char *text, int count)
+void history_sink_drain(history_sink *sink)
 {
-    if (count > (int)sizeof out->data - out->used) {
-        output_flush(out);
-        if (count > (int)sizeof out->data) {
-            fwrite(text, 1, (size_t)count, out->file);
+    if (sink->used > 0)
+        sink_write(sink, sink->data, sink->used);
+    sink->used = 0;
+}
+
+static void output_put(history_sink *out, const char *text, int count)
+{
+    if (count > HISTORY_SINK_SIZE - out->used) {
+        history_sink_drain(out);
+        if (count > HISTORY_SINK_SIZE) {
+            sink_write(out, text, count);
             return;
         }
     }
@@ -66,7 +76,7 @@ static void output_put(LineOutput *out, const char *text, int count)
     out->used += count;
 }
 
-static void output_line(LineOutput *out, int indent, const char *text, int count, bool line_end)
+static void output_line(history_sink *out, int indent, const char *text, int count, bool line_end)
 {
     // The indent stands in for the format "%*c" with a blank: at least one character.
     if (indent > 0) {
@@ -84,35 +94,31 @@ static void output_line(LineOutput *out, int indent, const char *text, int count
         output_put(out, HISTORY_LINE_END, (int)sizeof HISTORY_LINE_END - 1);
 }
 
-void history_format(FILE *file, int count, const char *text, int call_depth, bool limit_data_dumps)
+void history_format(history_sink *out, int count, const char *text, int call_depth, bool limit_data_dumps)
 {
     char shortened[SHORTEN_BUFFER];
     if (limit_data_dumps && shorten_data(count, text, shortened)) {
         text = shortened;
         count = (int)strlen(shortened);
     }
-    LineOutput out;
-    out.file = file;
-    out.used = 0;
     int indent = call_depth > 0 ? call_depth * INDENT_PER_DEPTH : 0;
     int start = 0;
     for (;;) {
         int end = find_char('\n', start, count, text);
         if (end < 0)
             break;
-        output_line(&out, indent, text + start, end - start, true);
+        output_line(out, indent, text + start, end - start, true);
         start = end + 1;
     }
     if (start == 0) {
         // No line feed at all: the piece goes on the current line.
-        output_line(&out, indent, text, count, false);
+        output_line(out, indent, text, count, false);
     } else if (start < count) {
         // Only the unindented rest gets a line end.
-        output_line(&out, indent, text + start, count - start, call_depth <= 0);
+        output_line(out, indent, text + start, count - start, call_depth <= 0);
     }
-    output_flush(&out);
     if (count > LONG_PIECE)
-        fflush(file);
+        history_sink_drain(out);
 }
 
 void last_call_format(int count, const char *text, char *field)

@@ -13,7 +13,6 @@ enum : int {
     SHORTENED_COMMAS = 16,    // commas behind the first brace that a shortened array keeps
     SHORTEN_BUFFER = 1536,    // bytes of the buffer for a shortened piece
     INDENT_PER_DEPTH = 2,     // blanks of indent for each level of call_depth
-    HISTORY_FILE_BUFFER = 1 << 16,
 };
 
 // First index in [from, to) holding c, else -1.
@@ -34,8 +33,10 @@ bool shorten_data(int count, const char *text, char *out);
 #  define HISTORY_FILE_MODE(truncate) ((truncate) ? "w" : "a")
 #endif
 
-// Writes one piece to a history file: optional shortening, the indent of call_depth and the
-// line ends the panel's edit controls want.
-void history_format(FILE *file, int count, const char *text, int call_depth, bool limit_data_dumps);
+// Writes one piece to a history file through its sink: optional shortening, the indent of
+// call_depth and the line ends the panel's edit controls want.
+void history_format(history_sink *sink, int count, const char *text, int call_depth, bool limit_data_dumps);
+// Hands the sink's bytes to its file (not flushing the file).
+void history_sink_drain(history_sink *sink);
 // Copies one piece, a whole command, into per_proc.last_call_text (LAST_CALL_TEXT_SIZE bytes).
 void last_call_format(int count, const char *text, char *field);

@@ -5,6 +5,7 @@
 #include "gls/gls.h"
 #include "gls/platform.h"
 #include "recording/history.h"
+#include "recording/line_format.h"
 #include "interception/bind.h"
 #include "interception/install.h"
 #include "session/mmaps.h"
@@ -52,8 +53,20 @@ static void dump_records()
     block_free(text);
 }
 
+// A program's own end closes no session: every context's history gets the lines still on their
+// way, written past the C library, whose streams may be closed by now.
+static void drain_histories()
+{
+    for (int32_t index = 0; index < named_blocks.count; ++index) {
+        const named_block *row = &named_blocks.rows[index];
+        if (row->kind == BLOCK_PER_GL && ((per_gl *)row->block)->history_pending)
+            history_sink_drain(((per_gl *)row->block)->history_pending);
+    }
+}
+
 void session_process_detach()
 {
+    drain_histories();
     dump_records();
     named_blocks_free();
 }
@@ -143,8 +156,7 @@ __attribute__((noinline)) static void reinstall_codec(thread_record *record)
     install_codec(record);
     per_gl *gl = record->per_gl;
     if (gl && gl->history_file) {
-        fclose(gl->history_file);
-        gl->history_file = nullptr;
+        history_file_close(gl);
         history_open(record, false);
     }
 }

@@ -122,6 +122,7 @@ void fill_per_gl(per_gl *block, int32_t id, uint32_t context)
     block->id = id;
     block->handle = (int32_t)context;
     block->history_file = nullptr;
+    block->history_pending = nullptr;
     block->history_window = nullptr;
     block->list_count = 0;
     block->list_reserved = 0;

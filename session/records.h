@@ -206,6 +206,16 @@ struct state_values {
     float snapshot[STATE_VALUE_COUNT];
 };
 
+// Bytes of history lines on their way to a file: the formatter copies each line here once, and
+// the file gets them in 64 KB writes and wherever it is flushed.
+enum : int { HISTORY_SINK_SIZE = 1 << 16 };
+struct history_sink {
+    FILE *file;   // natively the bytes go through the file
+    void *handle; // on Windows straight to the system's file, past the C library's streams
+    int used;
+    char data[HISTORY_SINK_SIZE];
+};
+
 struct per_gl {
     int32_t id;
     int32_t handle;
@@ -241,6 +251,8 @@ struct per_gl {
     int32_t color_bits[4];
     int32_t stencil_bits;
     int32_t depth_bits;
+    // The history's lines not yet handed to history_file; null while the file is closed.
+    history_sink *history_pending;
 };
 
 // The real libraries of one session: gdi32, opengl32 and glu32 of the system directory, with

@@ -73,7 +73,7 @@ int handle_event(thread_record *record)
         history_close(record);
         history_open(record, true);
         // The windows read the file by name: its new first line must be on disk for them.
-        fflush(record->per_gl->history_file);
+        history_flush(record->per_gl);
         post_event(&proc->ring_from_app, EVENT_HISTORY_CHANGED);
         return EVENT_RESULT_STAY;
     case EVENT_APPLY_TRACE_SET:
@@ -104,8 +104,7 @@ void update_panel(thread_record *record)
 {
     set_status(record, "Updating ...");
     per_gl *gl = record->per_gl;
-    if (gl->history_file)
-        fflush(gl->history_file);
+    history_flush(gl);
     if (gl->list_calls_file)
         fflush(gl->list_calls_file);
     glsFlush();

@@ -15,10 +15,13 @@ std::string history(std::initializer_list<std::string> pieces, int depth = 0, bo
 {
     char *buffer = nullptr;
     size_t size = 0;
-    FILE *file = open_memstream(&buffer, &size);
+    static history_sink sink;
+    sink.file = open_memstream(&buffer, &size);
+    sink.used = 0;
     for (const std::string &piece : pieces)
-        history_format(file, (int)piece.size(), piece.data(), depth, limit);
-    fclose(file);
+        history_format(&sink, (int)piece.size(), piece.data(), depth, limit);
+    history_sink_drain(&sink);
+    fclose(sink.file);
     std::string text(buffer, size);
     free(buffer);
     return text;
