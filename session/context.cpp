@@ -22,12 +22,48 @@
 unsigned long session_tls = TLS_OUT_OF_INDEXES;
 
 
+// A program's own end closes no session, and a crash ends it without a word: every context's
+// history gets the lines still on their way, written past the C library, whose streams may be
+// closed by now.
+static void drain_histories()
+{
+    for (int32_t index = 0; index < named_blocks.count; ++index) {
+        const named_block *row = &named_blocks.rows[index];
+        if (row->kind == BLOCK_PER_GL && ((per_gl *)row->block)->history_pending)
+            history_sink_drain(((per_gl *)row->block)->history_pending);
+    }
+}
+
+// A program that crashes under the debugger leaves its history complete up to the call that
+// crashed. Seen first, before any handler of the program's; a program that handles the fault
+// and goes on has only had its lines written early.
+static LONG CALLBACK drain_on_fault(EXCEPTION_POINTERS *exception)
+{
+    switch (exception->ExceptionRecord->ExceptionCode) {
+    case EXCEPTION_ACCESS_VIOLATION:
+    case EXCEPTION_ILLEGAL_INSTRUCTION:
+    case EXCEPTION_PRIV_INSTRUCTION:
+    case EXCEPTION_INT_DIVIDE_BY_ZERO:
+    case EXCEPTION_IN_PAGE_ERROR:
+    case EXCEPTION_ARRAY_BOUNDS_EXCEEDED:
+    case EXCEPTION_NONCONTINUABLE_EXCEPTION:
+        drain_histories();
+        break;
+    default:
+        break;
+    }
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
+static void *fault_handler;
+
 bool session_process_attach()
 {
     session_tls = TlsAlloc();
     if (session_tls == TLS_OUT_OF_INDEXES)
         return false;
     named_blocks_reset();
+    fault_handler = AddVectoredExceptionHandler(1, drain_on_fault);
     return true;
 }
 
@@ -53,19 +89,11 @@ static void dump_records()
     block_free(text);
 }
 
-// A program's own end closes no session: every context's history gets the lines still on their
-// way, written past the C library, whose streams may be closed by now.
-static void drain_histories()
-{
-    for (int32_t index = 0; index < named_blocks.count; ++index) {
-        const named_block *row = &named_blocks.rows[index];
-        if (row->kind == BLOCK_PER_GL && ((per_gl *)row->block)->history_pending)
-            history_sink_drain(((per_gl *)row->block)->history_pending);
-    }
-}
-
 void session_process_detach()
 {
+    if (fault_handler)
+        RemoveVectoredExceptionHandler(fault_handler);
+    fault_handler = nullptr;
     drain_histories();
     dump_records();
     named_blocks_free();
@@ -161,20 +189,9 @@ __attribute__((noinline)) static void reinstall_codec(thread_record *record)
     }
 }
 
-// GetCurrentThreadId without the call: the id lies in the thread's own block.
-static inline uint32_t current_thread_id()
-{
-#if defined(_WIN64)
-    const size_t unique_thread = 0x48;
-#else
-    const size_t unique_thread = 0x24;
-#endif
-    return (uint32_t)*(const uintptr_t *)((const char *)NtCurrentTeb() + unique_thread);
-}
-
 thread_record *thread_entry()
 {
-    uint32_t id = current_thread_id();
+    uint32_t id = gls_thread_id();
     thread_record *record = (thread_record *)gls_tls_get(session_tls);
     if (!record || record->id != id)
         record = start_session(record, id);

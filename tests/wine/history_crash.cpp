@@ -1,0 +1,43 @@
+// A program that crashes under the debugger leaves its history complete up to the call that
+// crashed: the lines still on their way to the file are written when the fault is seen.
+#include "tests/wine/harness.h"
+
+enum : int { CALLS = 1000 };
+
+// The fault ends the process at once with its code, with no debugger brought up for it.
+static LONG WINAPI end_at_fault(EXCEPTION_POINTERS *exception)
+{
+    TerminateProcess(GetCurrentProcess(), exception->ExceptionRecord->ExceptionCode);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+static int child()
+{
+    SetUnhandledExceptionFilter(end_at_fault);
+    write_fact("thread", GetCurrentThreadId());
+    continue_first_halt();
+    gl_window window = open_gl_window(16, 16);
+    write_fact("context", (uint32_t)(uintptr_t)window.context);
+    for (int i = 0; i < CALLS; ++i)
+        glClearStencil(i);
+    volatile int *nowhere = nullptr;
+    *nowhere = 1;
+    return child_end();
+}
+
+int main(int argc, char **argv)
+{
+    if (is_child(argc, argv))
+        return child();
+    child_run run = run_child("crash");
+    check(!run.timed_out && run.exit_code == EXCEPTION_ACCESS_VIOLATION, "the child ended with 0x%lX, expected the "
+          "access violation", (unsigned long)run.exit_code);
+    std::string expected = "glsBeginGLS(1, 0);\n";
+    for (int i = 0; i < CALLS; ++i)
+        expected += "glClearStencil(" + std::to_string(i) + ");\n";
+    std::string file = session_directory(run.temp, (DWORD)fact(run, "thread")) + "\\history\\" +
+                       std::to_string((int)(uint32_t)fact(run, "context")) + ".gls";
+    check_text("the crashed program's history", read_file(file), on_disk(expected));
+    clean_up(run);
+    return finish("history_crash");
+}
