@@ -89,8 +89,7 @@ void history_file_close(per_gl *gl)
 {
     if (!gl->history_file)
         return;
-    if (gl->history_pending)
-        history_sink_drain(gl->history_pending);
+    history_flush(gl);
     fclose(gl->history_file);
     gl->history_file = nullptr;
     if (gl->history_pending) {
