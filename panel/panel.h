@@ -59,6 +59,7 @@ INT_PTR CALLBACK control_window_function(HWND dialog, UINT message, WPARAM first
 INT_PTR CALLBACK about_window_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK call_count_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK prim_count_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
+INT_PTR CALLBACK enumerants_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK history_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 // Select GL Break, Trace and Skip (select_windows.cpp).
 INT_PTR CALLBACK break_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);

@@ -21,12 +21,13 @@ struct dialog_row {
     DLGPROC window_function;
 };
 
-// Creation order of the dialogs. The rows of later windows take their places: 701 and 501
-// ahead of the control window; 1501 and 1701 behind it.
+// Creation order of the dialogs. The rows of later windows take their places: 501 ahead of the
+// control window; 1501 and 1701 behind it.
 static const dialog_row dialogs[] = {
     {IDD_ABOUT, &thread_record::about_window, about_window_function},
     {IDD_CALL_COUNT, &thread_record::call_count_window, call_count_function},
     {IDD_PRIM_COUNT, &thread_record::prim_count_window, prim_count_function},
+    {IDD_ENUMERANTS, &thread_record::enum_window, enumerants_function},
     {IDD_HISTORY_SELECT, &thread_record::history_select_window, history_select_function},
     {IDD_CONTROL, &thread_record::control_window, control_window_function},
     {IDD_BREAK_SELECT, &thread_record::break_select_window, break_select_function},

@@ -68,6 +68,13 @@
 #define IDC_PRIM_COUNT_CLOSE 1105
 
 // Call History: the context list (901) and one history window per context (801).
+// Enumerates: the reference of enumerant names and numbers.
+#define IDD_ENUMERANTS 701
+#define IDC_ENUM_SEARCH 702
+#define IDC_ENUM_TEXT 703
+#define IDC_ENUM_LIST 704
+#define IDC_ENUM_CLOSE 705
+
 #define IDD_HISTORY_SELECT 901
 #define IDC_HISTORY_SELECT_LIST 902
 #define IDC_HISTORY_SELECT_CLOSE 903
