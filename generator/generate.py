@@ -267,10 +267,33 @@ def gen_exports(t):
         out.append(wgl_wrapper(r, 'wgl', 'extern "C" %s WINAPI %s' % (r.ret, r.name)))
     for r in t.gdi:
         out.append(wgl_wrapper(r, 'gdi', 'static %s WINAPI wrap_%s' % (r.ret, r.name)))
+    out.append('// The GLU wrappers: the note, the indent of the GL calls made beneath, the count behind.\n')
+    for r in t.glu:
+        out.append(glu_wrapper(r))
     out.append('// Not exported and not reached: kept for the catalogue rows they stand for.\n')
     out.append('const GlsFunc gdi_wrappers[GDI_CALL_COUNT] = {\n')
     out += ['    (GlsFunc)wrap_%s,\n' % r.name for r in t.gdi]
     out.append('};\n')
+    out.append('const GlsFunc glu_wrappers[GLU_CALL_COUNT] = {\n')
+    out += ['    (GlsFunc)wrap_%s,\n' % r.name for r in t.glu]
+    out.append('};\n')
+    return ''.join(out)
+
+
+def glu_wrapper(r):
+    # The real row is called as it stands, null or not: nothing reaches these wrappers.
+    real = '((fn_%s)record->library_table->glu[ROW_%s])(%s)' % (r.name, r.name, r.arg_names())
+    out = ['static %s GLS_APIENTRY wrap_%s(%s)\n{\n' % (r.ret, r.name, r.decl_params()),
+           '    thread_record *record = thread_entry();\n',
+           '    if (record->per_proc->History == 1)\n',
+           '        history_note(glu_call_names[ROW_%s]);\n' % r.name,
+           '    record->library_table->call_depth += 1;\n']
+    out.append('    %s;\n' % (('%s result = %s' % (r.ret, real)) if r.returns else real))
+    out.append('    record->library_table->call_depth -= 1;\n'
+               '    record->per_proc->glu_call_count[ROW_%s] += 1;\n' % r.name)
+    if r.returns:
+        out.append('    return result;\n')
+    out.append('}\n\n')
     return ''.join(out)
 
 

@@ -13,5 +13,6 @@
 #include "gen/wgl_calls.h"
 #include "interception/wgl.h"
 
-// The internal GDI wrappers in GDI catalogue order.
+// The internal GDI and GLU wrappers in catalogue order.
 extern const GlsFunc gdi_wrappers[GDI_CALL_COUNT];
+extern const GlsFunc glu_wrappers[GLU_CALL_COUNT];

@@ -30,6 +30,20 @@ with tempfile.TemporaryDirectory() as out:
     def lines(name):
         return open(os.path.join(out, name)).read().splitlines()
 
+    # The GLU wrappers: one shape, with the GL calls beneath the real call indented by one level
+    # and the count behind it; none of them exported.
+    exports = open(os.path.join(out, 'exports.cpp')).read()
+    glu = re.findall(r'GLS_APIENTRY wrap_(glu\w+)\(', exports)
+    check(len(glu) == 60, '%d GLU wrappers' % len(glu))
+    perspective = re.search(r'wrap_gluPerspective\(.*?\n\}\n', exports, re.S).group(0)
+    steps = ['history_note(glu_call_names[ROW_gluPerspective])', 'call_depth += 1',
+             'glu[ROW_gluPerspective])(fovy, aspect, zNear, zFar)', 'call_depth -= 1',
+             'glu_call_count[ROW_gluPerspective] += 1']
+    at = [perspective.find(step) for step in steps]
+    check(-1 not in at and at == sorted(at), 'gluPerspective steps out of order: %s' % at)
+    check('return result;' in re.search(r'wrap_gluNewTess\(.*?\n\}\n', exports, re.S).group(0),
+          'gluNewTess gives its result back')
+
     x64 = [l.strip() for l in lines('quondale-x86_64.def')[3:] if l.strip()]
     x86 = [l.strip() for l in lines('quondale-i686.def')[3:] if l.strip()]
     check(lines('quondale-x86_64.def')[1] == 'LIBRARY OPENGL32.dll', 'export name')
