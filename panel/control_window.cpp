@@ -59,7 +59,8 @@ void panel_update_all()
             SendMessageA(window, WM_PANEL_REFRESH, 0, 0);
     }
     history_refresh_all();
-    // The open Display List and State windows are refreshed here once they exist.
+    // The open Display List windows are refreshed here once they exist.
+    state_refresh_all();
 }
 
 void panel_quit()

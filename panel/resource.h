@@ -68,6 +68,28 @@
 #define IDC_PRIM_COUNT_CLOSE 1105
 
 // Call History: the context list (901) and one history window per context (801).
+// Select State (dialog and menu 1501) and the State window of a row (1601).
+#define IDD_STATE_SELECT 1501
+#define IDM_STATE_MENU 1501
+#define IDC_STATE_LINE 1503
+#define IDC_STATE_SEARCH 1504
+#define IDC_STATE_SEARCH_TEXT 1505
+#define IDC_STATE_LIST 1506
+#define IDC_STATE_SNAPSHOT 1507
+#define IDC_STATE_SAVE 1508
+#define IDC_STATE_CLOSE 1509
+#define IDM_NON_DEFAULT_STATE 1
+#define IDM_DIFF_FROM_SNAPSHOT 2
+#define IDD_STATE_VALUE 1601
+#define IDC_STATE_CURRENT_LABEL 1602
+#define IDC_STATE_SNAPSHOT_LABEL 1603
+#define IDC_STATE_DEFAULT_LABEL 1604
+#define IDC_STATE_NAME 1605
+#define IDC_STATE_CURRENT 1606
+#define IDC_STATE_SNAPSHOT_TEXT 1607
+#define IDC_STATE_DEFAULT 1608
+#define IDC_STATE_VALUE_CLOSE 1609
+
 // Enumerates: the reference of enumerant names and numbers.
 #define IDD_ENUMERANTS 701
 #define IDC_ENUM_SEARCH 702

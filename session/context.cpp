@@ -12,6 +12,7 @@
 #include "session/panel_hooks.h"
 #include "session/report.h"
 #include "session/rings.h"
+#include "state/state_scan.h"
 #include "state/window_info.h"
 #include "gls/tables.h"
 
@@ -270,6 +271,7 @@ void attach_gl(thread_record *record, uint32_t context)
         history_open(record, false);
         if (context != 0) {
             read_window_info(record);
+            state_baseline(record);
             add_gl_table_row(record, gl);
         }
     } else {
