@@ -65,6 +65,7 @@ INT_PTR CALLBACK history_select_function(HWND dialog, UINT message, WPARAM first
 INT_PTR CALLBACK break_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK trace_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK skip_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
+INT_PTR CALLBACK window_info_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 // Select State and the State windows (state_windows.cpp).
 INT_PTR CALLBACK state_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 // True if the state may be read now; else a warning box says why.

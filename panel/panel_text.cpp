@@ -1,8 +1,9 @@
 #include "panel/panel_text.h"
 
+#include "gen/gl_enums.h"
+#include "panel/resource.h"
 #include "session/mmaps.h"
 #include "session/report.h"
-#include "panel/resource.h"
 #include "session/rings.h"
 
 #include <cstdio>
@@ -166,4 +167,28 @@ char *read_whole_file(const char *path)
     fclose(file);
     text[got] = 0;
     return text;
+}
+
+void window_info_text(const per_gl *gl, char *out)
+{
+    out[0] = 0;
+    if (gl->handle == 0)
+        return;
+    int used = snprintf(out, WINDOW_INFO_TEXT_SIZE, "%s\r\n%s", gl->direct_render == 1 ? "Direct Render" : "Indirect Render",
+                        gl->double_buffer == 1 ? "Double Buffer" : "Single Buffer");
+    auto add = [&](const char *format, int a, int b = 0, int c = 0, int d = 0) {
+        if (used >= 0 && used < WINDOW_INFO_TEXT_SIZE)
+            used += snprintf(out + used, (size_t)(WINDOW_INFO_TEXT_SIZE - used), format, a, b, c, d);
+    };
+    if (gl->pixel_type == GL_RGBA)
+        add("\r\nRGBA (%d, %d, %d, %d)", gl->color_bits[0], gl->color_bits[1], gl->color_bits[2], gl->color_bits[3]);
+    else
+        add("\r\nColor Index (%d)", gl->index_bits);
+    if (gl->accum_bits[0] > 0 || gl->accum_bits[1] > 0 || gl->accum_bits[2] > 0 || gl->accum_bits[3] > 0)
+        add("\r\nAccum Buffer (%d, %d, %d, %d)", gl->accum_bits[0], gl->accum_bits[1], gl->accum_bits[2],
+            gl->accum_bits[3]);
+    if (gl->stencil_bits > 0)
+        add("\r\nStencil Buffer (%d)", gl->stencil_bits);
+    if (gl->depth_bits > 0)
+        add("\r\nDepth Buffer (%d)", gl->depth_bits);
 }

@@ -30,6 +30,13 @@ enum : int {
     SHOWN_NONE = -1,
 };
 
+enum : int { WINDOW_INFO_TEXT_SIZE = 5120 };
+
+// The Window Information text of a context: "Indirect Render" (nothing sets direct rendering),
+// the buffering, the colour format and the accumulation, stencil and depth buffers that it has,
+// one per line with "\r\n" between; empty for the null record. out holds WINDOW_INFO_TEXT_SIZE.
+void window_info_text(const per_gl *gl, char *out);
+
 // The window of a shown index, or null for index 3 and for windows not made (yet).
 WindowHandle window_of_shown_index(const thread_record *record, int index);
 

@@ -22,7 +22,7 @@ struct dialog_row {
 };
 
 // Creation order of the dialogs. The rows of later windows take their places: 501 ahead of the
-// control window; 1701 behind it.
+// control window.
 static const dialog_row dialogs[] = {
     {IDD_ABOUT, &thread_record::about_window, about_window_function},
     {IDD_CALL_COUNT, &thread_record::call_count_window, call_count_function},
@@ -34,6 +34,7 @@ static const dialog_row dialogs[] = {
     {IDD_TRACE_SELECT, &thread_record::trace_select_window, trace_select_function},
     {IDD_SKIP_SELECT, &thread_record::skip_select_window, skip_select_function},
     {IDD_STATE_SELECT, &thread_record::state_select_window, state_select_function},
+    {IDD_WINDOW_INFO, &thread_record::window_info_window, window_info_function},
 };
 
 // After the control window, the dialogs that get keyboard navigation, in the order in which

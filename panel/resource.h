@@ -90,6 +90,12 @@
 #define IDC_STATE_DEFAULT 1608
 #define IDC_STATE_VALUE_CLOSE 1609
 
+// Window Information.
+#define IDD_WINDOW_INFO 1701
+#define IDC_WINDOW_INFO_TEXT 1702
+#define IDC_WINDOW_INFO_SAVE 1703
+#define IDC_WINDOW_INFO_CLOSE 1704
+
 // Enumerates: the reference of enumerant names and numbers.
 #define IDD_ENUMERANTS 701
 #define IDC_ENUM_SEARCH 702

@@ -270,8 +270,9 @@ void attach_gl(thread_record *record, uint32_t context)
         record->per_gl = gl;
         history_open(record, false);
         if (context != 0) {
-            read_window_info(record);
             state_baseline(record);
+            read_window_info(record);
+            log_visual_info(record);
             add_gl_table_row(record, gl);
         }
     } else {

@@ -1,7 +1,11 @@
-// Texts of state values and enumerant names, compared whole with texts written from the rules.
+// Texts of state values, enumerant names and pixel formats, compared whole with texts written
+// from the rules.
+#include "gen/gl_enums.h"
 #include "panel/enum_text.h"
+#include "panel/panel_text.h"
 #include "panel/state_text.h"
 #include "session/records.h"
+#include "state/window_info.h"
 
 #include <gtest/gtest.h>
 
@@ -101,6 +105,70 @@ TEST(EnumerantList, NameThenHexadecimalAndDecimalOfFourDigitsAtLeast)
     EXPECT_STREQ(out, "GL_LINES - 0x0001, 0001");
     enumerant_list_text(&abgr, out);
     EXPECT_STREQ(out, "GL_ABGR_EXT - 0x8000, 32768");
+}
+
+// A context's pixel format in its two texts: the history's GLX-style line and the window's lines.
+per_gl &format(int32_t handle, uint8_t double_buffer, int32_t pixel_type, std::initializer_list<int32_t> color,
+               std::initializer_list<int32_t> accum, int32_t index, int32_t stencil, int32_t depth)
+{
+    static per_gl gl;
+    gl.handle = handle;
+    gl.direct_render = 0;
+    gl.double_buffer = double_buffer;
+    gl.stereo = 0;
+    gl.aux_buffers = 0;
+    gl.pixel_type = pixel_type;
+    std::copy(color.begin(), color.end(), gl.color_bits);
+    std::copy(accum.begin(), accum.end(), gl.accum_bits);
+    gl.index_bits = index;
+    gl.stencil_bits = stencil;
+    gl.depth_bits = depth;
+    return gl;
+}
+
+std::string visual_info(const per_gl &gl)
+{
+    char text[VISUAL_INFO_SIZE];
+    visual_info_text(&gl, text);
+    return text;
+}
+
+std::string window_info(const per_gl &gl)
+{
+    static char text[WINDOW_INFO_TEXT_SIZE];
+    window_info_text(&gl, text);
+    return text;
+}
+
+TEST(PixelFormatTexts, RgbaWithoutAlphaOrAccumulation)
+{
+    per_gl &gl = format(1, 1, GL_RGBA, {8, 8, 8, 0}, {0, 0, 0, 0}, 0, 0, 24);
+    EXPECT_EQ(visual_info(gl), "GLX_USE_GL, GLX_DOUBLEBUFFER, GLX_RGBA, GLX_RED_SIZE, 8, GLX_GREEN_SIZE, 8, "
+                               "GLX_BLUE_SIZE, 8, GLX_DEPTH_SIZE, 24, None");
+    EXPECT_EQ(window_info(gl), "Indirect Render\r\nDouble Buffer\r\nRGBA (8, 8, 8, 0)\r\nDepth Buffer (24)");
+}
+
+TEST(PixelFormatTexts, EveryBufferInItsPlace)
+{
+    per_gl &gl = format(1, 0, GL_RGBA, {5, 6, 5, 8}, {0, 0, 0, 16}, 0, 8, 16);
+    gl.stereo = 1;
+    gl.aux_buffers = 2;
+    EXPECT_EQ(visual_info(gl), "GLX_USE_GL, GLX_STEREO, GLX_AUX_BUFFERS, 2, GLX_RGBA, GLX_RED_SIZE, 5, "
+                               "GLX_GREEN_SIZE, 6, GLX_BLUE_SIZE, 5, GLX_ALPHA_SIZE, 8, GLX_ACCUM_ALPHA_SIZE, 16, "
+                               "GLX_DEPTH_SIZE, 16, GLX_STENCIL_SIZE, 8, None");
+    // An accumulation buffer with alpha bits alone still has its line.
+    EXPECT_EQ(window_info(gl), "Indirect Render\r\nSingle Buffer\r\nRGBA (5, 6, 5, 8)\r\n"
+                               "Accum Buffer (0, 0, 0, 16)\r\nStencil Buffer (8)\r\nDepth Buffer (16)");
+}
+
+TEST(PixelFormatTexts, ColourIndexAndNoContext)
+{
+    per_gl &gl = format(1, 0, GL_COLOR_INDEX, {0, 0, 0, 0}, {8, 8, 8, 8}, 8, 0, 0);
+    // Accumulation sizes belong to RGBA formats only.
+    EXPECT_EQ(visual_info(gl), "GLX_USE_GL, GLX_BUFFER_SIZE, 8, None");
+    EXPECT_EQ(window_info(gl), "Indirect Render\r\nSingle Buffer\r\nColor Index (8)\r\nAccum Buffer (8, 8, 8, 8)");
+    gl.handle = 0;
+    EXPECT_EQ(window_info(gl), "");
 }
 
 } // namespace

@@ -205,6 +205,24 @@ std::string session_directory(const std::string &temp, DWORD thread)
     return temp + "\\QUONDALE_" + std::to_string(thread);
 }
 
+std::string without_visual_info(const std::string &history)
+{
+    static const std::string head = "glsString(\"Visual Info\", \"";
+    std::string text = history;
+    for (size_t at = text.find(head); at != std::string::npos; at = text.find(head, at + 1)) {
+        size_t start = at + head.size(), end = text.find('"', start);
+        if (end != std::string::npos)
+            text.replace(start, end - start, "...");
+    }
+    return text;
+}
+
+std::string first_sight(int width, int height)
+{
+    return "glsString(\"Visual Info\", \"...\");\nglsString(\"Viewport Info\", \"0 0 " + std::to_string(width) + " " +
+           std::to_string(height) + "\");\n";
+}
+
 std::string program_folder()
 {
     char path[MAX_PATH];

@@ -71,6 +71,13 @@ std::string read_file(const std::string &path);
 std::string on_disk(const std::string &text);
 // A text as a write in text mode puts it on disk: every line feed becomes CR LF.
 std::string text_mode(const std::string &text);
+// The "Visual Info" record of a history with its value as "...": the figures are those of the
+// pixel format that the platform chose, which one check compares whole on its own.
+std::string without_visual_info(const std::string &history);
+// The two records that begin the history of a context at its first sight, as without_visual_info
+// leaves them, for a viewport of width by height (a window of at least 108 wide, the narrowest
+// client area that the platform gives a framed window).
+std::string first_sight(int width, int height);
 // Replaces every occurrence of each key by its value, in order: how a text with thread ids and
 // handles is compared with an expected text that names them.
 std::string substitute(std::string text, const std::vector<std::pair<std::string, std::string>> &names);

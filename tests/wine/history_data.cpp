@@ -11,7 +11,7 @@ static int child()
 {
     write_fact("thread", GetCurrentThreadId());
     continue_first_halt();
-    gl_window window = open_gl_window(32, 32);
+    gl_window window = open_gl_window(128, 32);
     write_fact("context", (uint32_t)(uintptr_t)window.context);
 
     static const GLubyte rgb[6] = {255, 0, 0, 0, 255, 0};
@@ -72,9 +72,9 @@ int main(int argc, char **argv)
     std::string file = session_directory(run.temp, (DWORD)fact(run, "thread")) + "\\history\\" +
                        std::to_string((int)(uint32_t)fact(run, "context")) + ".gls";
     // Addresses of the program's arrays differ from build to build.
-    std::string found = std::regex_replace(read_file(file), std::regex("0x[0-9A-F]{5,}"), "0xADDRESS");
+    std::string found = std::regex_replace(without_visual_info(read_file(file)), std::regex("0x[0-9A-F]{5,}"), "0xADDRESS");
     check_text("the history", found, on_disk(
-        "glsBeginGLS(1, 0);\n"
+        "glsBeginGLS(1, 0);\n" + first_sight(128, 32) +
         "glDrawPixels(GLS_NONE)(2, 1, GL_RGB, GL_UNSIGNED_BYTE, {\n    255, 0, 0, 0, 255, 0\n});\n"
         "glTexImage2D(GLS_NONE)(GL_TEXTURE_2D, 0, GL_LUMINANCE, 4, 4, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, {});\n"
         "glTexSubImage2D(GLS_NONE)(GL_TEXTURE_2D, 0, 1, 1, 2, 2, GL_LUMINANCE, GL_UNSIGNED_BYTE, {4, 5, 7, 8});\n"

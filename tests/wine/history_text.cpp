@@ -13,7 +13,7 @@ static int child()
     wglGetCurrentContext();        // starts the session; the first note goes into 0.gls
     glClear(GL_COLOR_BUFFER_BIT);  // no context: recorded in 0.gls all the same
 
-    gl_window window = open_window(16, 16);
+    gl_window window = open_window(128, 16);
     set_pixel_format(&window);
     HGLRC first = wglCreateContext(window.dc);
     HGLRC second = wglCreateContext(window.dc);
@@ -51,7 +51,7 @@ static std::string history_file(const child_run &run, const char *context)
 {
     std::string dir = session_directory(run.temp, (DWORD)fact(run, "thread"));
     std::string handle = context ? std::to_string((int)(uint32_t)fact(run, context)) : "0";
-    return read_file(dir + "\\history\\" + handle + ".gls");
+    return without_visual_info(read_file(dir + "\\history\\" + handle + ".gls"));
 }
 
 int main(int argc, char **argv)
@@ -73,7 +73,7 @@ int main(int argc, char **argv)
             "glsEndGLS();\n"
             "glsBeginGLS(1, 0);\n"));
     check_text("the first context's file", history_file(run, "first"), on_disk(
-            "glsBeginGLS(1, 0);\n"
+            "glsBeginGLS(1, 0);\n" + first_sight(128, 16) +
             "glClearColor(0, 0, 0, 1);\n"
             "glClear(GL_DEPTH_BUFFER_BIT | GL_COLOR_BUFFER_BIT);\n"
             "glStencilMask(0xFF);\n"
@@ -100,7 +100,7 @@ int main(int argc, char **argv)
             "glsString(\"Info\", \"wglMakeCurrent\");\n"
             "glsEndGLS();\n"));
     check_text("the second context's file", history_file(run, "second"), on_disk(
-            "glsBeginGLS(1, 0);\n"
+            "glsBeginGLS(1, 0);\n" + first_sight(128, 16) +
             "glFlush();\n"
             "glsString(\"Info\", \"wglMakeCurrent\");\n"
             "glsEndGLS();\n"));
