@@ -2,6 +2,7 @@
 
 #include "analysis/reports.h"
 #include "gen/gl_enums.h"
+#include "recording/lists.h"
 
 #include <cstdio>
 #include <cstring>
@@ -9,6 +10,9 @@
 void count_call(thread_record *record, int row)
 {
     ++record->per_proc->call_control[row].count;
+    // While a list is compiled, every call's text goes into it.
+    if (record->per_gl->list_capturing == 1)
+        list_note_call(record, row);
 }
 
 void count_primitive(thread_record *record)

@@ -7,6 +7,7 @@
 #include "gen/gl_enums.h"
 #include "gls/gls.h"
 #include "recording/history.h"
+#include "recording/lists.h"
 
 #include <cinttypes>
 #include <cmath>
@@ -287,3 +288,23 @@ template <typename T> static void matrix_hints(thread_record *record, const T *m
 
 void hook_glLoadMatrixf(thread_record *record, const GLfloat *m) { matrix_hints(record, m); }
 void hook_glLoadMatrixd(thread_record *record, const GLdouble *m) { matrix_hints(record, m); }
+
+// Display lists: the rows of the session's lists follow what the application asks, whether GL
+// took the call or not; a use of a list that no row knows is a warning.
+void hook_glGenLists(thread_record *record, GLsizei range) { list_on_gen(record, range); }
+void hook_glNewList(thread_record *record, GLuint list, GLenum) { list_on_new(record, list); }
+void hook_glEndList(thread_record *record) { list_on_end(record); }
+void hook_glDeleteLists(thread_record *record, GLuint list, GLsizei range) { list_on_delete(record, list, range); }
+void hook_glListBase(thread_record *record, GLuint base) { list_on_base(record, base); }
+
+void hook_glCallList(thread_record *record, GLuint list)
+{
+    if (!list_on_call(record, list))
+        usage_warning(record, "Display list not valid.");
+}
+
+void hook_glCallLists(thread_record *record, GLsizei n, GLenum type, const void *lists)
+{
+    for (int invalid = list_on_call_many(record, n, type, lists); invalid > 0; --invalid)
+        usage_warning(record, "Display list not valid.");
+}
