@@ -59,7 +59,7 @@ void panel_update_all()
             SendMessageA(window, WM_PANEL_REFRESH, 0, 0);
     }
     history_refresh_all();
-    // The open Display List windows are refreshed here once they exist.
+    list_windows_refresh_all();
     state_refresh_all();
 }
 

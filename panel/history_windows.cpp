@@ -9,11 +9,10 @@
 
 #include <cstdio>
 
-static void history_select_refresh(HWND dialog)
+void fill_context_list(HWND list)
 {
     const thread_record *record = current_record();
     const master *names = record->master;
-    HWND list = GetDlgItem(dialog, IDC_HISTORY_SELECT_LIST);
     SendMessageA(list, LB_RESETCONTENT, 0, 0);
     for (int32_t row = 0; row < names->gl_count; ++row) {
         if (names->gl_table[row].proc_id != (int32_t)record->per_proc->id)
@@ -60,7 +59,7 @@ INT_PTR CALLBACK history_select_function(HWND dialog, UINT message, WPARAM first
         DestroyWindow(dialog);
         return TRUE;
     case WM_PANEL_REFRESH:
-        history_select_refresh(dialog);
+        fill_context_list(GetDlgItem(dialog, IDC_HISTORY_SELECT_LIST));
         return TRUE;
     case WM_COMMAND:
         // A single click is enough: any change of the selection opens the context's history.

@@ -66,6 +66,13 @@ INT_PTR CALLBACK break_select_function(HWND dialog, UINT message, WPARAM first, 
 INT_PTR CALLBACK trace_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK skip_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK window_info_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
+// The session's contexts, "GL context N", each with its context row as item data: the lists of
+// the history's and the display lists' Select GL Context.
+void fill_context_list(HWND list);
+// Select GL Context of the display lists, and the windows below it (list_windows.cpp).
+INT_PTR CALLBACK list_context_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
+// The last but one step of panel_update_all: every Display List window on screen.
+void list_windows_refresh_all();
 // Select State and the State windows (state_windows.cpp).
 INT_PTR CALLBACK state_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 // True if the state may be read now; else a warning box says why.

@@ -192,3 +192,13 @@ void window_info_text(const per_gl *gl, char *out)
     if (gl->depth_bits > 0)
         add("\r\nDepth Buffer (%d)", gl->depth_bits);
 }
+
+void list_head_line(const list_info_row *row, char *out)
+{
+    int used = snprintf(out, PANEL_TEXT_SIZE, "List %d;%s contains %d %s;", row->list,
+                        row->status == 1 ? " deleted;" : row->status == 2 ? " capturing calls now;" : "", row->lines,
+                        row->lines == 1 ? "call" : "calls");
+    if (row->calls > 0 && used > 0 && used < PANEL_TEXT_SIZE)
+        snprintf(out + used, (size_t)(PANEL_TEXT_SIZE - used), " called %d %s;", row->calls,
+                 row->calls == 1 ? "time" : "times");
+}

@@ -32,6 +32,11 @@ enum : int {
 
 enum : int { WINDOW_INFO_TEXT_SIZE = 5120 };
 
+// The head line of a Display List window: "List 3; contains 12 calls; called 1 time;", with
+// " deleted;" or " capturing calls now;" behind the name where the row says so. out holds
+// PANEL_TEXT_SIZE bytes.
+void list_head_line(const list_info_row *row, char *out);
+
 // The Window Information text of a context: "Indirect Render" (nothing sets direct rendering),
 // the buffering, the colour format and the accumulation, stencil and depth buffers that it has,
 // one per line with "\r\n" between; empty for the null record. out holds WINDOW_INFO_TEXT_SIZE.

@@ -21,14 +21,14 @@ struct dialog_row {
     DLGPROC window_function;
 };
 
-// Creation order of the dialogs. The rows of later windows take their places: 501 ahead of the
-// control window.
+// Creation order of the dialogs.
 static const dialog_row dialogs[] = {
     {IDD_ABOUT, &thread_record::about_window, about_window_function},
     {IDD_CALL_COUNT, &thread_record::call_count_window, call_count_function},
     {IDD_PRIM_COUNT, &thread_record::prim_count_window, prim_count_function},
     {IDD_ENUMERANTS, &thread_record::enum_window, enumerants_function},
     {IDD_HISTORY_SELECT, &thread_record::history_select_window, history_select_function},
+    {IDD_LIST_CONTEXT, &thread_record::list_select_window, list_context_function},
     {IDD_CONTROL, &thread_record::control_window, control_window_function},
     {IDD_BREAK_SELECT, &thread_record::break_select_window, break_select_function},
     {IDD_TRACE_SELECT, &thread_record::trace_select_window, trace_select_function},

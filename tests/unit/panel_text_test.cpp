@@ -276,4 +276,18 @@ TEST(ReadWholeFile, WholeTextZeroTerminatedOrNullWhenMissing)
     EXPECT_EQ(read_whole_file(path.c_str()), nullptr);
 }
 
+TEST(ListHeadLine, NameStateCallsAndUses)
+{
+    auto head = [](int32_t list, int32_t status, int32_t lines, int32_t calls) {
+        list_info_row row = {list, status, lines, calls, 0, 0, nullptr};
+        char text[PANEL_TEXT_SIZE];
+        list_head_line(&row, text);
+        return std::string(text);
+    };
+    EXPECT_EQ(head(1, 3, 1, 0), "List 1; contains 1 call;");
+    EXPECT_EQ(head(3, 3, 12, 1), "List 3; contains 12 calls; called 1 time;");
+    EXPECT_EQ(head(1, 1, 2, 0), "List 1; deleted; contains 2 calls;");
+    EXPECT_EQ(head(7, 2, 0, 5), "List 7; capturing calls now; contains 0 calls; called 5 times;");
+}
+
 } // namespace

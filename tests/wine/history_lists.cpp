@@ -1,7 +1,8 @@
 // Display lists as they are compiled: every call inside glNewList/glEndList has its text in the
 // session's list\calls file, glEndList included and glNewList not; an empty list holds glEndList
 // alone. A call of a list that was deleted is a misuse: with "GL warnings/errors" checked the
-// program halts behind it.
+// program halts behind it, and there the Display List windows show each list's head line and
+// calls.
 #include "tests/wine/harness.h"
 
 #include "panel/resource.h"
@@ -14,6 +15,43 @@ static void scenario()
     click(control, IDC_CONTINUE);
     expect_halt_at(control, "glCallList(2);");
     check(calls_returned == 1, "at the halt behind glCallList(2), %ld calls returned", calls_returned);
+
+    menu(control, IDM_DISPLAY_LIST);
+    HWND contexts = find_dialog("Select GL Context");
+    if (!contexts)
+        give_up("no Select GL Context window for the lists");
+    select_row(contexts, IDC_LIST_CONTEXT_LIST, 0);
+    HWND lists = find_dialog("Select Display List");
+    if (!lists)
+        give_up("no Select Display List window");
+    std::string names;
+    for (const std::string &name : list_rows(lists, IDC_LIST_SELECT_LIST))
+        names += name + "\n";
+    check_text("the lists", names, "List 1\nList 2\nList 3\n");
+    struct shown_list {
+        const char *head;
+        const char *calls;
+    };
+    const shown_list expected[3] = {
+        {"List 1; contains 2 calls; called 2 times;", "glColor3fv({1, 0, 0});\r\nglEndList();\r\n"},
+        {"List 2; deleted; contains 2 calls;", "glRectfv({0, 0}, {1, 1});\r\nglEndList();\r\n"},
+        {"List 3; contains 1 call;", "glEndList();\r\n"},
+    };
+    for (int row = 0; row < 3; ++row) {
+        select_row(lists, IDC_LIST_SELECT_LIST, row);
+        HWND window = find_dialog("Display List");
+        if (!window)
+            give_up("no Display List window");
+        check_text("a list's head line", control_text(window, IDC_LIST_HEAD), expected[row].head);
+        check_text("a list's calls", control_text(window, IDC_LIST_TEXT), expected[row].calls);
+        if (row == 0) {
+            screenshot(window, "display_list");
+            post_command(window, IDC_LIST_SAVE);
+            check_text("dl.txt", save_as(temp_path("dl.txt")),
+                       text_mode(std::string(expected[0].head) + "\n\n" + expected[0].calls));
+        }
+        click(window, IDC_LIST_CLOSE);
+    }
     driver_done();
     click(control, IDC_CONTINUE);
 }
