@@ -4,6 +4,7 @@
 
 #include "panel/panel_text.h"
 #include "panel/resource.h"
+#include "panel/settings.h"
 
 #include "session/context.h"
 #include "session/mmaps.h"
@@ -84,10 +85,18 @@ static void carry_out(thread_record *record, HWND dialog, const control_action &
         // The same end as closing the window, reached without a WM_CLOSE.
         SendMessageA(dialog, WM_DESTROY, 0, 0);
         return;
-    case COMMAND_SAVE_SETTINGS:
-    case COMMAND_LOAD_SETTINGS:
-        // The settings file comes with its own dialogs.
+    case COMMAND_SAVE_SETTINGS: {
+        char path[MAX_PATH];
+        if (ask_save_file(dialog, path, "quondale.cfg"))
+            settings_save(path);
         return;
+    }
+    case COMMAND_LOAD_SETTINGS: {
+        char path[MAX_PATH];
+        if (ask_open_file(dialog, path, "quondale.cfg"))
+            settings_load(path);
+        return;
+    }
     default:
         break;
     }

@@ -41,6 +41,7 @@ void search_text(HWND dialog, int text_id, int search_id);
 // GetSaveFileNameA with the default name; true if the user confirmed, with the path in buffer
 // (260 bytes).
 bool ask_save_file(HWND owner, char *buffer, const char *default_name);
+bool ask_open_file(HWND owner, char *buffer, const char *default_name);
 // The whole text of a control, by "%s" into a file in text mode: a CR LF in the text becomes
 // the three bytes CR CR LF on disk. False if the file can't be opened.
 bool save_edit_text(HWND dialog, int id, const char *path);
@@ -73,6 +74,15 @@ void fill_context_list(HWND list);
 INT_PTR CALLBACK list_context_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 // The last but one step of panel_update_all: every Display List window on screen.
 void list_windows_refresh_all();
+// The three selection dialogs for the settings file, by index in file order (break, trace, skip):
+// the list box, whose selection is the first column, and the three remembered sets.
+struct selection {
+    HWND list;
+    uint8_t (*sets)[3];
+};
+selection select_for_settings(int index);
+// The list box's selection into the per-function table, as OK does.
+void select_take_over(int index);
 // Select State and the State windows (state_windows.cpp).
 INT_PTR CALLBACK state_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 // True if the state may be read now; else a warning box says why.

@@ -32,6 +32,14 @@ static const select_kind kinds[] = {
 
 static HWND list_of(HWND dialog, const select_kind &kind) { return GetDlgItem(dialog, kind.base + SELECT_LIST); }
 
+static HWND dialog_of(int index)
+{
+    const thread_record *record = current_record();
+    const WindowHandle windows[3] = {record->break_select_window, record->trace_select_window,
+                                     record->skip_select_window};
+    return (HWND)windows[index];
+}
+
 // The list is sorted by name, which is the catalogue's order: a position is a function's row.
 static void select_fill(HWND dialog, const select_kind &kind)
 {
@@ -221,4 +229,16 @@ INT_PTR CALLBACK trace_select_function(HWND dialog, UINT message, WPARAM first, 
 INT_PTR CALLBACK skip_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
     return select_function(kinds[2], dialog, message, first, second);
+}
+
+selection select_for_settings(int index)
+{
+    HWND dialog = dialog_of(index);
+    return selection{dialog ? list_of(dialog, kinds[index]) : nullptr, kinds[index].sets};
+}
+
+void select_take_over(int index)
+{
+    if (HWND dialog = dialog_of(index))
+        select_apply(dialog, kinds[index]);
 }

@@ -148,7 +148,8 @@ void search_text(HWND dialog, int text_id, int search_id)
     block_free(text);
 }
 
-bool ask_save_file(HWND owner, char *buffer, const char *default_name)
+// Both file dialogs plainly: no filter, no title of their own, the same flags.
+static bool ask_file(HWND owner, char *buffer, const char *default_name, BOOL(WINAPI *ask)(OPENFILENAMEA *))
 {
     snprintf(buffer, MAX_PATH, "%s", default_name);
     OPENFILENAMEA dialog = {};
@@ -157,7 +158,17 @@ bool ask_save_file(HWND owner, char *buffer, const char *default_name)
     dialog.lpstrFile = buffer;
     dialog.nMaxFile = MAX_PATH;
     dialog.Flags = OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST;
-    return GetSaveFileNameA(&dialog) != 0;
+    return ask(&dialog) != 0;
+}
+
+bool ask_save_file(HWND owner, char *buffer, const char *default_name)
+{
+    return ask_file(owner, buffer, default_name, GetSaveFileNameA);
+}
+
+bool ask_open_file(HWND owner, char *buffer, const char *default_name)
+{
+    return ask_file(owner, buffer, default_name, GetOpenFileNameA);
 }
 
 bool save_edit_text(HWND dialog, int id, const char *path)

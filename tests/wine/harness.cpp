@@ -92,6 +92,10 @@ std::string child_temp(const char *label)
     return folder;
 }
 
+static std::string next_settings;
+
+void child_settings(const std::string &text) { next_settings = text; }
+
 child_run run_child(const char *label, const char *arguments, DWORD timeout_ms, bool make_temp)
 {
     child_run run = {child_temp(label), ~0u, false, "", "", ""};
@@ -102,6 +106,14 @@ child_run run_child(const char *label, const char *arguments, DWORD timeout_ms, 
         CreateDirectoryA(run.temp.c_str(), nullptr);
     }
     CreateDirectoryA(work.c_str(), nullptr);
+    if (!next_settings.empty()) {
+        FILE *file = fopen((work + "\\quondale.cfg").c_str(), "wb");
+        if (file) {
+            fwrite(next_settings.data(), 1, next_settings.size(), file);
+            fclose(file);
+        }
+        next_settings.clear();
+    }
     std::string dump = work + "\\dump.txt", facts = work + "\\facts.txt", errors = work + "\\stderr.txt";
 
     SetEnvironmentVariableA("TEMP", run.temp.c_str());
@@ -124,7 +136,8 @@ child_run run_child(const char *label, const char *arguments, DWORD timeout_ms, 
     GetModuleFileNameA(nullptr, module, sizeof module);
     std::string command = std::string("\"") + module + "\" child " + arguments;
     PROCESS_INFORMATION process = {};
-    if (CreateProcessA(module, &command[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
+    // The work folder is the child's current directory: the panel reads quondale.cfg there.
+    if (CreateProcessA(module, &command[0], nullptr, nullptr, TRUE, 0, nullptr, work.c_str(), &startup, &process)) {
         if (WaitForSingleObject(process.hProcess, timeout_ms) == WAIT_TIMEOUT) {
             run.timed_out = true;
             TerminateProcess(process.hProcess, 99);

@@ -47,6 +47,9 @@ std::string child_temp(const char *label);
 // Starts this program as "child ARGUMENTS" with TEMP set to child_temp(label), made fresh unless
 // make_temp is false, the fatal report on standard error, and the record dump and facts files.
 child_run run_child(const char *label, const char *arguments = "", DWORD timeout_ms = 60000, bool make_temp = true);
+// The next run_child's child finds text as quondale.cfg in its current directory, a folder of
+// its own.
+void child_settings(const std::string &text);
 // The usual end of a child: in time, exit code, nothing on standard error, and a driver (if
 // there was one) that finished without faults.
 void expect_end(const child_run &run, DWORD exit_code = 0);
