@@ -81,10 +81,36 @@ static int child()
     return child_end();
 }
 
+// Lists used wrongly: nested, deleted while compiled, ended without a beginning, named near
+// 2^31, called through bytes that read as negative. GL refuses some of it; the program ends by
+// itself all the same.
+static int misuse()
+{
+    continue_first_halt();
+    gl_window window = open_gl_window(128, 32);
+    glNewList(5, GL_COMPILE);
+    glNewList(6, GL_COMPILE);
+    glDeleteLists(5, 1);
+    glEndList();
+    glEndList();
+    glNewList(0x7FFFFFFF, GL_COMPILE);
+    glEndList();
+    glCallList(0x7FFFFFFF);
+    const GLubyte names[8] = {0x80, 0, 0, 0, 0x7F, 0xFF, 0xFF, 0xFF};
+    glCallLists(2, GL_4_BYTES, names);
+    glDeleteLists(0x7FFFFFF0, 100);
+    glCallList(0x7FFFFFFF);
+    close_gl_window(&window);
+    return child_end();
+}
+
 int main(int argc, char **argv)
 {
     if (is_child(argc, argv))
-        return child();
+        return argc > 2 && !strcmp(argv[2], "misuse") ? misuse() : child();
+    child_run wrong = run_child("lists_misuse", "misuse");
+    expect_end(wrong);
+    clean_up(wrong);
     child_run run = run_child("lists");
     expect_end(run);
     std::string calls = read_file(session_directory(run.temp, (DWORD)fact(run, "thread")) + "\\list\\calls");

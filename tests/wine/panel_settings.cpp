@@ -71,7 +71,10 @@ static void bad_word_scenario()
 static int child(const char *run)
 {
     write_fact("thread", GetCurrentThreadId());
-    start_driver(!strcmp(run, "save") ? save_scenario : !strcmp(run, "load") ? load_scenario : bad_word_scenario);
+    if (!strcmp(run, "junk"))
+        continue_first_halt();
+    else
+        start_driver(!strcmp(run, "save") ? save_scenario : !strcmp(run, "load") ? load_scenario : bad_word_scenario);
     gl_window window = open_gl_window(128, 32);
     write_fact("context", (uint32_t)(uintptr_t)window.context);
     glClearColor(0, 0, 0, 1);
@@ -115,5 +118,16 @@ int main(int argc, char **argv)
     child_run bad = run_child("settings_bad", "bad");
     expect_end(bad);
     clean_up(bad);
+
+    // A right first word and rubbish behind it: a line of 10,000 characters, numbers out of
+    // range, binary bytes, a file that ends in the middle. It loads without a word, and the
+    // program runs to its own end.
+    std::string junk = "quondale\nCheck_for_GL_error: 99999999999\n" + std::string(10000, 'x') + "\n";
+    for (int i = 0; i < 256; ++i)
+        junk += (char)i;
+    child_settings(junk + "\nCONFIGURATION_break_GL_select\nglAccum: 1 2");
+    child_run rubbish = run_child("settings_junk", "junk");
+    expect_end(rubbish);
+    clean_up(rubbish);
     return finish("panel_settings");
 }
