@@ -27,50 +27,59 @@ void fill_context_list(HWND list)
 
 static INT_PTR CALLBACK history_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 
-static void open_history_window(HWND dialog)
+// A pick in a context list: the context's window below it, made on its first pick.
+static void open_context_window(const context_chooser &chooser, HWND dialog)
 {
     thread_record *record = current_record();
-    HWND list = GetDlgItem(dialog, IDC_HISTORY_SELECT_LIST);
+    HWND list = GetDlgItem(dialog, chooser.list_id);
     LRESULT selected = SendMessageA(list, LB_GETCURSEL, 0, 0);
     if (selected < 0)
         return;
     int32_t row = (int32_t)SendMessageA(list, LB_GETITEMDATA, selected, 0);
     per_gl *gl = open_per_gl(record, record->master->gl_table[row].handle);
-    if (!IsWindow(gl->history_window))
-        gl->history_window = CreateDialogParamA((HINSTANCE)record->module, MAKEINTRESOURCEA(IDD_HISTORY),
-                                                nullptr, history_function, 0);
-    ShowWindow(gl->history_window, SW_SHOW);
-    SendMessageA(gl->history_window, WM_PANEL_REFRESH, row, 0);
+    if (!IsWindow(gl->*chooser.window))
+        gl->*chooser.window = CreateDialogParamA((HINSTANCE)record->module, MAKEINTRESOURCEA(chooser.template_id),
+                                                 nullptr, chooser.window_function, 0);
+    ShowWindow(gl->*chooser.window, SW_SHOW);
+    SendMessageA(gl->*chooser.window, WM_PANEL_REFRESH, row, 0);
 }
 
-INT_PTR CALLBACK history_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
+INT_PTR context_chooser_function(const context_chooser &chooser, HWND dialog, UINT message, WPARAM first,
+                                 LPARAM second)
 {
     switch (message) {
     case WM_SIZE:
         if (first == SIZE_RESTORED) {
-            centre_at_bottom(dialog, IDC_HISTORY_SELECT_CLOSE, LOWORD(second), HIWORD(second));
-            fill_above(dialog, IDC_HISTORY_SELECT_LIST, LOWORD(second), IDC_HISTORY_SELECT_CLOSE);
+            centre_at_bottom(dialog, chooser.close_id, LOWORD(second), HIWORD(second));
+            fill_above(dialog, chooser.list_id, LOWORD(second), chooser.close_id);
         }
         return TRUE;
     case WM_CLOSE:
-        panel_hide(dialog, SHOWN_HISTORY_SELECT);
+        panel_hide(dialog, chooser.shown_index);
         return TRUE;
     case WM_DESTROY:
         DestroyWindow(dialog);
         return TRUE;
     case WM_PANEL_REFRESH:
-        fill_context_list(GetDlgItem(dialog, IDC_HISTORY_SELECT_LIST));
+        fill_context_list(GetDlgItem(dialog, chooser.list_id));
         return TRUE;
     case WM_COMMAND:
-        // A single click is enough: any change of the selection opens the context's history.
-        if (LOWORD(first) == IDC_HISTORY_SELECT_LIST && HIWORD(first) == LBN_SELCHANGE)
-            open_history_window(dialog);
-        else if (LOWORD(first) == IDC_HISTORY_SELECT_CLOSE)
+        // A single click is enough: any change of the selection opens the context's window.
+        if (LOWORD(first) == chooser.list_id && HIWORD(first) == LBN_SELCHANGE)
+            open_context_window(chooser, dialog);
+        else if (LOWORD(first) == chooser.close_id)
             SendMessageA(dialog, WM_CLOSE, 0, 0);
         return TRUE;
     default:
         return FALSE;
     }
+}
+
+INT_PTR CALLBACK history_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
+{
+    static const context_chooser history = {IDC_HISTORY_SELECT_LIST, IDC_HISTORY_SELECT_CLOSE, SHOWN_HISTORY_SELECT,
+                                            &per_gl::history_window, IDD_HISTORY, history_function};
+    return context_chooser_function(history, dialog, message, first, second);
 }
 
 static void history_refresh(HWND dialog, int32_t row)

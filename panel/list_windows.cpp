@@ -194,49 +194,11 @@ static INT_PTR CALLBACK list_select_function(HWND dialog, UINT message, WPARAM f
     }
 }
 
-static void open_list_select(HWND dialog)
-{
-    thread_record *record = current_record();
-    HWND list = GetDlgItem(dialog, IDC_LIST_CONTEXT_LIST);
-    LRESULT selected = SendMessageA(list, LB_GETCURSEL, 0, 0);
-    if (selected < 0)
-        return;
-    int32_t row = (int32_t)SendMessageA(list, LB_GETITEMDATA, selected, 0);
-    per_gl *gl = open_per_gl(record, record->master->gl_table[row].handle);
-    if (!IsWindow(gl->list_choice_window))
-        gl->list_choice_window = CreateDialogParamA((HINSTANCE)record->module, MAKEINTRESOURCEA(IDD_LIST_SELECT),
-                                                    nullptr, list_select_function, 0);
-    ShowWindow(gl->list_choice_window, SW_SHOW);
-    SendMessageA(gl->list_choice_window, WM_PANEL_REFRESH, row, 0);
-}
-
 INT_PTR CALLBACK list_context_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
-    switch (message) {
-    case WM_SIZE:
-        if (first == SIZE_RESTORED) {
-            centre_at_bottom(dialog, IDC_LIST_CONTEXT_CLOSE, LOWORD(second), HIWORD(second));
-            fill_above(dialog, IDC_LIST_CONTEXT_LIST, LOWORD(second), IDC_LIST_CONTEXT_CLOSE);
-        }
-        return TRUE;
-    case WM_CLOSE:
-        panel_hide(dialog, SHOWN_LIST_SELECT);
-        return TRUE;
-    case WM_DESTROY:
-        DestroyWindow(dialog);
-        return TRUE;
-    case WM_PANEL_REFRESH:
-        fill_context_list(GetDlgItem(dialog, IDC_LIST_CONTEXT_LIST));
-        return TRUE;
-    case WM_COMMAND:
-        if (LOWORD(first) == IDC_LIST_CONTEXT_LIST && HIWORD(first) == LBN_SELCHANGE)
-            open_list_select(dialog);
-        else if (LOWORD(first) == IDC_LIST_CONTEXT_CLOSE)
-            SendMessageA(dialog, WM_CLOSE, 0, 0);
-        return TRUE;
-    default:
-        return FALSE;
-    }
+    static const context_chooser lists = {IDC_LIST_CONTEXT_LIST, IDC_LIST_CONTEXT_CLOSE, SHOWN_LIST_SELECT,
+                                          &per_gl::list_choice_window, IDD_LIST_SELECT, list_select_function};
+    return context_chooser_function(lists, dialog, message, first, second);
 }
 
 void list_windows_refresh_all()

@@ -70,6 +70,18 @@ INT_PTR CALLBACK window_info_function(HWND dialog, UINT message, WPARAM first, L
 // The session's contexts, "GL context N", each with its context row as item data: the lists of
 // the history's and the display lists' Select GL Context.
 void fill_context_list(HWND list);
+// The two Select GL Context windows, one design: the list, its Close button, its shown index,
+// and the window of the picked context below it, made on demand from a template.
+struct context_chooser {
+    int list_id;
+    int close_id;
+    int shown_index;
+    WindowHandle per_gl::*window;
+    int template_id;
+    DLGPROC window_function;
+};
+INT_PTR context_chooser_function(const context_chooser &chooser, HWND dialog, UINT message, WPARAM first,
+                                 LPARAM second);
 // Select GL Context of the display lists, and the windows below it (list_windows.cpp).
 INT_PTR CALLBACK list_context_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 // The last but one step of panel_update_all: every Display List window on screen.
