@@ -131,3 +131,5 @@ bool gls_capture_array_element(GlsContext *ctx, GLint i);
 // calls of its own, inside the direct-call guard and with no trace in a recording. The flags
 // are not set back.
 GlsFunc gls_own_call(int opcode);
+// The client-state shadow's pixel store follows a glPixelStore value, as GL would take it.
+void gls_keep_pixel_store(GlsContext *ctx, GLenum pname, GLint value);

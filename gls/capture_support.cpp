@@ -406,7 +406,7 @@ void shadow_glDisableClientState(GlsContext *ctx, GLenum array)
 // textures.
 // Values GL refuses (a negative length or skip, an alignment other than 1, 2, 4, 8) leave the
 // store as it was.
-static void keep_pixel_store(GlsContext *ctx, GLenum pname, GLint value)
+void gls_keep_pixel_store(GlsContext *ctx, GLenum pname, GLint value)
 {
     GlsPixelStore *unpack = &ctx->clientState.unpack, *pack = &ctx->clientState.pack;
     bool alignment = pname == GL_UNPACK_ALIGNMENT || pname == GL_PACK_ALIGNMENT;
@@ -435,14 +435,14 @@ static void keep_pixel_store(GlsContext *ctx, GLenum pname, GLint value)
 
 void shadow_glPixelStoref(GlsContext *ctx, GLenum pname, GLfloat param)
 {
-    keep_pixel_store(ctx, pname, (GLint)param);
+    gls_keep_pixel_store(ctx, pname, (GLint)param);
     if (gls_have_gl_context(ctx))
         CALL_GL(ctx, glPixelStoref, pname, param);
 }
 
 void shadow_glPixelStorei(GlsContext *ctx, GLenum pname, GLint param)
 {
-    keep_pixel_store(ctx, pname, param);
+    gls_keep_pixel_store(ctx, pname, param);
     if (gls_have_gl_context(ctx))
         CALL_GL(ctx, glPixelStorei, pname, param);
 }

@@ -282,7 +282,12 @@ static void set_tight(GlsContext *ctx, int *done, const PixelStoreNames &names)
     if (*done)
         return;
     *done = 1;
-    fn_glPixelStorei store = (fn_glPixelStorei)gls_default_dispatch[OP_glPixelStorei];
+    fn_glPixelStorei gl_store = (fn_glPixelStorei)gls_default_dispatch[OP_glPixelStorei];
+    // GL and the shadow alike: a capture that writes the image again reads it with this state.
+    auto store = [&](GLenum pname, GLint value) {
+        gl_store(pname, value);
+        gls_keep_pixel_store(ctx, pname, value);
+    };
     int token = enterDirectCall(ctx, OP_glPixelStorei);
     store(names.alignment, 1);
     for (GLenum pname : {names.lsbFirst, names.rowLength, names.skipRows, names.skipPixels, names.swapBytes})

@@ -19,7 +19,7 @@ static int needed_values(const state_row *row)
     if (row->kind == 4 && row->second_enum == GL_COEFF) {
         GLint order[2] = {1, 1};
         ((fn_glGetMapiv)gls_own_call(OP_glGetMapiv))((GLenum)row->first_enum, GL_ORDER, order);
-        bool surface = row->first_enum >= GL_MAP2_COLOR_4;
+        bool surface = row->first_enum >= (int32_t)GL_MAP2_COLOR_4;
         return order[0] * (surface ? order[1] : 1) * row->count;
     }
     if (row->kind == 6) {

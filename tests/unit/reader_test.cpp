@@ -89,9 +89,11 @@ protected:
         glsGetError();
     }
 
-    // From here on the reads' calls go to the recorder.
+    // From here on the reads' calls go to the recorder. It stands in for GL, which each read
+    // sets to tight rows before its first image: its capture reads images that way.
     void record()
     {
+        gls_recording_context->clientState.unpack.alignment = 1;
         for (int op = 0; op < GLS_OPCODE_COUNT; ++op)
             if (gls_opcode_exists(op))
                 gls_default_dispatch[op] = gls_recorders[op];
