@@ -122,6 +122,15 @@ struct GlsClientState {
 struct GlsWriter;
 struct GlsPrefix;
 
+// Recent float texts of a context by bit pattern: programs send the same few values over and
+// over, and a float's text is the dearest part of a call's. Length 0 marks an empty entry.
+struct GlsFloatText {
+    uint32_t bits;
+    uint32_t length;
+    char text[16];
+};
+enum : int { GLS_FLOAT_TEXT_BITS = 10, GLS_FLOAT_TEXT_COUNT = 1 << GLS_FLOAT_TEXT_BITS };
+
 struct GlsContext {
     GlsContext *listNext;
     GlsContext *listPrev;
@@ -164,6 +173,7 @@ struct GlsContext {
     GlsWriter *writerStack[GLS_CAPTURE_NESTING_LIMIT];
     GlsWriteFunc writeFunc;
     GlsPrefix *writePrefix;
+    GlsFloatText floatTexts[GLS_FLOAT_TEXT_COUNT];
 };
 
 // The codec's thread-local words; the indices are allocated at process attach.

@@ -273,6 +273,7 @@ static GlsWriter *create_context_writer(GlsContext *ctx, const char *name, GLbit
     writer->writePos = block->writePos;
     writer->writeLimit = block->end - FIRST_BLOCK;
     writer->contextStream = stream;
+    writer->floatTexts = ctx->floatTexts;
     writer->wordParity = (int32_t)(((block->writePos - block->base) / 4) & 1);
     gls_init_binary_slots(writer, GLS_CONTEXT);
     writer->allocate = context_allocate;
@@ -425,6 +426,7 @@ GlsWriter *gls_create_writer(GlsContext *ctx, const GLubyte *name, GLSenum type,
     }
     writer->flushStart = writer->writePos = writer->bufferBase;
     writer->writeLimit = writer->bufferBase + GLS_WRITE_BUFFER_SIZE - GLS_WRITE_RESERVE;
+    writer->floatTexts = ctx->floatTexts;
     if (type == GLS_TEXT)
         gls_init_text_slots(writer);
     else

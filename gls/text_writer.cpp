@@ -318,11 +318,28 @@ static inline void put_number_text(GlsWriter *w, const char (&text)[32], int len
     w->writePos += length;
 }
 
-static void element_float(GlsWriter *w, const void *e, GLenum)
+// A float's text through the context's table of recent ones; every text is under 16 bytes.
+static inline void put_float(GlsWriter *w, GLfloat value)
 {
-    char text[32];
-    put_number_text(w, text, gls_format_float(text, *(const GLfloat *)e));
+    uint32_t bits;
+    memcpy(&bits, &value, 4);
+    GlsFloatText *entry = &w->floatTexts[(bits * 0x9E3779B1u) >> (32 - GLS_FLOAT_TEXT_BITS)];
+    if (entry->bits != bits || entry->length == 0) {
+        char text[32];
+        int length = gls_format_float(text, value);
+        if (length >= (int)sizeof entry->text) {
+            put_number_text(w, text, length);
+            return;
+        }
+        __builtin_memcpy(entry->text, text, sizeof entry->text);
+        entry->bits = bits;
+        entry->length = (uint32_t)length;
+    }
+    __builtin_memcpy(w->writePos, entry->text, sizeof entry->text);
+    w->writePos += entry->length;
 }
+
+static void element_float(GlsWriter *w, const void *e, GLenum) { put_float(w, *(const GLfloat *)e); }
 
 static void element_double(GlsWriter *w, const void *e, GLenum)
 {
@@ -442,7 +459,27 @@ VECTOR_SLOT(text_ushort_vector, GLushort, element_ushort)
 VECTOR_SLOT(text_int_vector, GLint, element_int)
 VECTOR_SLOT(text_uint_vector, GLuint, element_uint)
 VECTOR_SLOT(text_long_vector, GLlong, element_long)
-VECTOR_SLOT(text_float_vector, GLfloat, element_float)
+
+// The short float vectors of colours, normals and vertices, without a call per element.
+static void text_float_vector(GlsWriter *w, GLuint count, const void *data)
+{
+    if (count > 4 || !data) {
+        put_vector(w, count, data, sizeof(GLfloat), element_float, 0);
+        return;
+    }
+    if (!begin_item(w))
+        return;
+    put_char(w, '{');
+    const GLfloat *v = (const GLfloat *)data;
+    for (GLuint i = 0; i < count; ++i) {
+        if (!item_room(w))
+            return;
+        if (i)
+            PUT_LITERAL(w, ", ");
+        put_float(w, v[i]);
+    }
+    put_char(w, '}');
+}
 VECTOR_SLOT(text_double_vector, GLdouble, element_double)
 
 static void text_int_vector_by_enum(GlsWriter *w, GLenum pname, GLuint count, const void *data)
@@ -906,12 +943,40 @@ static GLboolean text_pad(GlsWriter *, GLuint) { return 1; }
 static GLboolean text_allocate(GlsWriter *, size_t) { return 1; }
 static void text_nothing(GlsWriter *, GLuint) {}
 
+// Each opcode's "name(" padded to a fixed size, made at load: a statement starts with one copy
+// of fixed size. Length 0: the name needs the general path.
+struct CommandOpenings {
+    char text[GLS_OPCODE_COUNT][32];
+    uint8_t length[GLS_OPCODE_COUNT];
+};
+static CommandOpenings make_openings()
+{
+    CommandOpenings openings = {};
+    for (int opcode = 0; opcode < GLS_OPCODE_COUNT; ++opcode) {
+        const char *name = gls_opcode_exists(opcode) ? gls_opcode_names[opcode] : "glsUnsupportedCommand";
+        size_t length = strlen(name);
+        if (length + 1 >= sizeof openings.text[0] || strpbrk(name, "^\""))
+            continue;
+        memcpy(openings.text[opcode], name, length);
+        openings.text[opcode][length] = '(';
+        openings.length[opcode] = (uint8_t)(length + 1);
+    }
+    return openings;
+}
+static const CommandOpenings command_openings = make_openings();
+
 static GLboolean text_begin_command(GlsWriter *w, GLSopcode opcode, uint64_t)
 {
     if (!item_room(w))
         return 0;
     w->opcode = opcode;
     w->argCount = 0;
+    if (opcode >= 0 && opcode < GLS_OPCODE_COUNT && command_openings.length[opcode]) {
+        static_assert(GLS_WRITE_RESERVE >= sizeof command_openings.text[0], "an opening fits the reserve");
+        __builtin_memcpy(w->writePos, command_openings.text[opcode], sizeof command_openings.text[0]);
+        w->writePos += command_openings.length[opcode];
+        return 1;
+    }
     put_word(w, gls_opcode_exists(opcode) ? gls_opcode_names[opcode] : "glsUnsupportedCommand");
     put_char(w, '(');
     return 1;

@@ -123,6 +123,7 @@ struct GlsWriter {
     uint8_t *commandStart;
     int type;
     int writeFlags;
+    GlsFloatText *floatTexts; // the context's, shared by all its text writers
 };
 
 enum : int {

@@ -1,14 +1,27 @@
 #include "recording/line_format.h"
 
+#include <cstdint>
 #include <cstring>
 
 #if defined(_WIN32)
 #  include <windows.h>
 #endif
 
+// Eight bytes at a time: a statement is a few dozen bytes with its one line feed at the end.
 int find_char(char c, int from, int to, const char *text)
 {
-    for (int i = from; i < to; ++i)
+    const uint64_t ones = 0x0101010101010101ull, highs = 0x8080808080808080ull;
+    const uint64_t pattern = ones * (unsigned char)c;
+    int i = from;
+    for (; i + 8 <= to; i += 8) {
+        uint64_t word;
+        __builtin_memcpy(&word, text + i, 8);
+        word ^= pattern;
+        uint64_t found = (word - ones) & ~word & highs;
+        if (found)
+            return i + __builtin_ctzll(found) / 8; // the lowest match is exact: little-endian
+    }
+    for (; i < to; ++i)
         if (text[i] == c)
             return i;
     return -1;
@@ -63,6 +76,25 @@ void history_sink_drain(history_sink *sink)
     sink->used = 0;
 }
 
+// A copy of a line's few dozen bytes in moves of fixed size, the last ones overlapping, instead
+// of a call into the C library.
+static inline void copy_bytes(char *to, const char *from, int count)
+{
+    if (count >= 16) {
+        int i = 0;
+        for (; i + 16 <= count; i += 16)
+            __builtin_memcpy(to + i, from + i, 16);
+        if (i < count)
+            __builtin_memcpy(to + count - 16, from + count - 16, 16);
+    } else if (count >= 8) {
+        __builtin_memcpy(to, from, 8);
+        __builtin_memcpy(to + count - 8, from + count - 8, 8);
+    } else {
+        for (int i = 0; i < count; ++i)
+            to[i] = from[i];
+    }
+}
+
 static void output_put(history_sink *out, const char *text, int count)
 {
     if (count > HISTORY_SINK_SIZE - out->used) {
@@ -72,7 +104,10 @@ static void output_put(history_sink *out, const char *text, int count)
             return;
         }
     }
-    memcpy(out->data + out->used, text, (size_t)count);
+    if (count > 256)
+        memcpy(out->data + out->used, text, (size_t)count);
+    else
+        copy_bytes(out->data + out->used, text, count);
     out->used += count;
 }
 
