@@ -129,7 +129,7 @@ struct GlsFloatText {
     uint32_t length;
     char text[16];
 };
-enum : int { GLS_FLOAT_TEXT_BITS = 10, GLS_FLOAT_TEXT_COUNT = 1 << GLS_FLOAT_TEXT_BITS };
+enum : int { GLS_FLOAT_TEXT_BITS = 11, GLS_FLOAT_TEXT_COUNT = 1 << GLS_FLOAT_TEXT_BITS };
 
 struct GlsContext {
     GlsContext *listNext;

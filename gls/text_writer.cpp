@@ -318,25 +318,32 @@ static inline void put_number_text(GlsWriter *w, const char (&text)[32], int len
     w->writePos += length;
 }
 
-// A float's text through the context's table of recent ones; every text is under 16 bytes.
-static inline void put_float(GlsWriter *w, GLfloat value)
+// A float's text through the context's table of recent ones, written at pos; returns the end.
+// Every text is under 16 bytes.
+static inline uint8_t *put_float_at(GlsFloatText *texts, uint8_t *pos, GLfloat value)
 {
     uint32_t bits;
     memcpy(&bits, &value, 4);
-    GlsFloatText *entry = &w->floatTexts[(bits * 0x9E3779B1u) >> (32 - GLS_FLOAT_TEXT_BITS)];
+    GlsFloatText *entry = &texts[(bits * 0x9E3779B1u) >> (32 - GLS_FLOAT_TEXT_BITS)];
     if (entry->bits != bits || entry->length == 0) {
         char text[32];
         int length = gls_format_float(text, value);
         if (length >= (int)sizeof entry->text) {
-            put_number_text(w, text, length);
-            return;
+            __builtin_memcpy(pos, text, 32);
+            return pos + length;
         }
         __builtin_memcpy(entry->text, text, sizeof entry->text);
         entry->bits = bits;
         entry->length = (uint32_t)length;
     }
-    __builtin_memcpy(w->writePos, entry->text, sizeof entry->text);
-    w->writePos += entry->length;
+    __builtin_memcpy(pos, entry->text, sizeof entry->text);
+    return pos + entry->length;
+}
+
+static inline void put_float(GlsWriter *w, GLfloat value)
+{
+    static_assert(GLS_WRITE_RESERVE >= 32, "a number's buffer fits the reserve");
+    w->writePos = put_float_at(w->floatTexts, w->writePos, value);
 }
 
 static void element_float(GlsWriter *w, const void *e, GLenum) { put_float(w, *(const GLfloat *)e); }
@@ -460,7 +467,9 @@ VECTOR_SLOT(text_int_vector, GLint, element_int)
 VECTOR_SLOT(text_uint_vector, GLuint, element_uint)
 VECTOR_SLOT(text_long_vector, GLlong, element_long)
 
-// The short float vectors of colours, normals and vertices, without a call per element.
+// The short float vectors of colours, normals and vertices, without a call per element. The
+// position stays in a register: a store through the buffer could alias the writer's fields. A
+// writer that was not failed at the vector's start fails only in a flush.
 static void text_float_vector(GlsWriter *w, GLuint count, const void *data)
 {
     if (count > 4 || !data) {
@@ -469,17 +478,27 @@ static void text_float_vector(GlsWriter *w, GLuint count, const void *data)
     }
     if (!begin_item(w))
         return;
-    put_char(w, '{');
+    uint8_t *pos = w->writePos;
+    GlsFloatText *texts = w->floatTexts;
+    *pos++ = '{';
     const GLfloat *v = (const GLfloat *)data;
     for (GLuint i = 0; i < count; ++i) {
-        if (!item_room(w))
-            return;
-        if (i)
-            PUT_LITERAL(w, ", ");
-        put_float(w, v[i]);
+        if (pos >= w->writeLimit) {
+            w->writePos = pos;
+            if (!gls_flush_writer(w))
+                return;
+            pos = w->writePos;
+        }
+        if (i) {
+            __builtin_memcpy(pos, ", ", 2);
+            pos += 2;
+        }
+        pos = put_float_at(texts, pos, v[i]);
     }
-    put_char(w, '}');
+    *pos++ = '}';
+    w->writePos = pos;
 }
+
 VECTOR_SLOT(text_double_vector, GLdouble, element_double)
 
 static void text_int_vector_by_enum(GlsWriter *w, GLenum pname, GLuint count, const void *data)
