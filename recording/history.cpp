@@ -8,11 +8,7 @@
 #include "gls/tables.h"
 
 #include <cstdio>
-
-#if defined(_WIN32)
-#  include <io.h>
-#  include <windows.h>
-#endif
+#include <cstring>
 
 // The codec hands a write function only a count and bytes: the session is found through the
 // data pointer of the thread's codec context.
@@ -47,21 +43,16 @@ void history_open(thread_record *record, bool truncate)
     }
     // Lines reach the file through the sink: one copy a line, a write every 64 KB and wherever
     // the file is read (halts, swaps, long pieces).
-    if (!gl->history_pending)
+    if (!gl->history_pending) {
         gl->history_pending = (history_sink *)block_alloc(sizeof(history_sink));
+        if (gl->history_pending)
+            memset(gl->history_pending, 0, sizeof(history_sink));
+    }
     if (!gl->history_pending) {
         fatal_report("gls", __LINE__, "Out of memory.");
         session_exit(1);
     }
-    history_sink *sink = gl->history_pending;
-    sink->file = gl->history_file;
-    sink->handle = nullptr;
-    sink->used = 0;
-#if defined(_WIN32)
-    // The stream itself is never written: the sink writes at the file's end.
-    sink->handle = (void *)_get_osfhandle(_fileno(gl->history_file));
-    SetFilePointer((HANDLE)sink->handle, 0, nullptr, FILE_END);
-#endif
+    history_sink_start(gl->history_pending, gl->history_file);
     // A stream keeps the write function it began with: the long-lived capture stays bound to
     // the file, and every per-call capture begun later writes to last_call_text.
     glsWriteFunc(history_write);

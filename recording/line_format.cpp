@@ -3,9 +3,6 @@
 #include <cstdint>
 #include <cstring>
 
-#if defined(_WIN32)
-#  include <windows.h>
-#endif
 
 // Eight bytes at a time: a statement is a few dozen bytes with its one line feed at the end.
 int find_char(char c, int from, int to, const char *text)
@@ -55,27 +52,6 @@ bool shorten_data(int count, const char *text, char *out)
     return true;
 }
 
-// Windows: the system's own write, which needs no stream of the C library, so that the sink can
-// be drained when a program ends, after the C library may have closed its streams.
-static void sink_write(history_sink *sink, const char *bytes, int count)
-{
-#if defined(_WIN32)
-    DWORD written;
-    if (sink->handle)
-        WriteFile((HANDLE)sink->handle, bytes, (DWORD)count, &written, nullptr);
-#else
-    if (sink->file)
-        fwrite(bytes, 1, (size_t)count, sink->file);
-#endif
-}
-
-void history_sink_drain(history_sink *sink)
-{
-    if (sink->used > 0)
-        sink_write(sink, sink->data, sink->used);
-    sink->used = 0;
-}
-
 // A copy of a line's few dozen bytes in moves of fixed size, the last ones overlapping, instead
 // of a call into the C library.
 static inline void copy_bytes(char *to, const char *from, int count)
@@ -98,11 +74,11 @@ static inline void copy_bytes(char *to, const char *from, int count)
 static void output_put(history_sink *out, const char *text, int count)
 {
     if (count > HISTORY_SINK_SIZE - out->used) {
-        history_sink_drain(out);
         if (count > HISTORY_SINK_SIZE) {
-            sink_write(out, text, count);
+            history_sink_write_through(out, text, count);
             return;
         }
+        history_sink_pass(out);
     }
     if (count > 256)
         memcpy(out->data + out->used, text, (size_t)count);

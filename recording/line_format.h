@@ -36,7 +36,15 @@ bool shorten_data(int count, const char *text, char *out);
 // Writes one piece to a history file through its sink: optional shortening, the indent of
 // call_depth and the line ends the panel's edit controls want.
 void history_format(history_sink *sink, int count, const char *text, int call_depth, bool limit_data_dumps);
-// Hands the sink's bytes to its file (not flushing the file).
+// The sink's way to its file: begun on an open file; a full buffer passed on (on Windows to the
+// sink's writer thread); drained where the file is read or ended, so that it holds every byte
+// (the C library's stream itself is not flushed); a piece too long for a buffer written
+// through; and a rescue at a crash or the program's end, which neither waits nor changes the
+// sink.
+void history_sink_start(history_sink *sink, FILE *file);
+void history_sink_pass(history_sink *sink);
 void history_sink_drain(history_sink *sink);
+void history_sink_write_through(history_sink *sink, const char *bytes, int count);
+void history_sink_rescue(history_sink *sink);
 // Copies one piece, a whole command, into per_proc.last_call_text (LAST_CALL_TEXT_SIZE bytes).
 void last_call_format(int count, const char *text, char *field);

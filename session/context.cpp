@@ -31,7 +31,7 @@ static void drain_histories()
     for (int32_t index = 0; index < named_blocks.count; ++index) {
         const named_block *row = &named_blocks.rows[index];
         if (row->kind == BLOCK_PER_GL && ((per_gl *)row->block)->history_pending)
-            history_sink_drain(((per_gl *)row->block)->history_pending);
+            history_sink_rescue(((per_gl *)row->block)->history_pending);
     }
 }
 

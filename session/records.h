@@ -207,13 +207,26 @@ struct state_values {
 };
 
 // Bytes of history lines on their way to a file: the formatter copies each line here once, and
-// the file gets them in 64 KB writes and wherever it is flushed.
+// the file gets them in 64 KB writes and wherever it is flushed. On Windows a full buffer is
+// written by a thread of the sink's own while the program fills the other one; every write goes
+// to its own place in the file, so that writing a buffer twice changes nothing.
 enum : int { HISTORY_SINK_SIZE = 1 << 16 };
 struct history_sink {
     FILE *file;   // natively the bytes go through the file
     void *handle; // on Windows straight to the system's file, past the C library's streams
     int used;
-    char data[HISTORY_SINK_SIZE];
+    char *data;      // the buffer being filled
+    uint64_t offset; // where its first byte goes in the file
+    // The buffer on its way on the writer thread, while in_flight is 1.
+    void *thread;
+    void *work_event;
+    void *done_event;
+    volatile int32_t in_flight;
+    int32_t flight_count;
+    char *flight_data;
+    void *flight_handle;
+    uint64_t flight_offset;
+    char buffers[2][HISTORY_SINK_SIZE];
 };
 
 struct per_gl {

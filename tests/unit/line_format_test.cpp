@@ -16,8 +16,7 @@ std::string history(std::initializer_list<std::string> pieces, int depth = 0, bo
     char *buffer = nullptr;
     size_t size = 0;
     static history_sink sink;
-    sink.file = open_memstream(&buffer, &size);
-    sink.used = 0;
+    history_sink_start(&sink, open_memstream(&buffer, &size));
     for (const std::string &piece : pieces)
         history_format(&sink, (int)piece.size(), piece.data(), depth, limit);
     history_sink_drain(&sink);
