@@ -1,9 +1,10 @@
 // A classic OpenGL 1.1 program to watch under the debugger: a textured cube from a display list
 // and a lit, spinning pyramid drawn in immediate mode every frame.
-//   spinning_cube [--seconds N] [--frames N] [--save-frame FILE]
+//   spinning_cube [--seconds N] [--frames N] [--save-frame FILE] [--exit-at-once]
 // ends by itself, after 10 seconds by default; with --frames the object turns by a fixed step a
 // frame, so that every run draws the same calls. --save-frame writes the last frame's colour
 // buffer to FILE as RGB rows from the bottom up, to compare with a replay of its history.
+// --exit-at-once leaves by ExitProcess after the last frame's drawing, before its swap.
 #include <windows.h>
 
 #include <GL/gl.h>
@@ -193,6 +194,9 @@ int main(int argc, char **argv)
     if (const char *text = option(argc, argv, "--frames"))
         frame_limit = atol(text);
     const char *frame_file = option(argc, argv, "--save-frame");
+    bool exit_at_once = false;
+    for (int index = 1; index < argc; ++index)
+        exit_at_once |= strcmp(argv[index], "--exit-at-once") == 0;
 
     HINSTANCE instance = GetModuleHandleA(nullptr);
     WNDCLASSA window_class = {};
@@ -255,6 +259,9 @@ int main(int argc, char **argv)
         draw_frame(cube_list, frame_limit > 0 ? frames * 0.04f : seconds);
         if (frame_file && frames + 1 == frame_limit)
             save_frame(frame_file);
+        // A program that leaves in the middle of its drawing, its context still current.
+        if (exit_at_once && frames + 1 == frame_limit)
+            ExitProcess(0);
         SwapBuffers(dc);
         ++frames;
         Sleep(10);  // a steady pace, not a benchmark
