@@ -35,7 +35,7 @@ int main()
     for (const char *frame : {"frame-0001.png", "frame-0002.png"})
         check(!read_file(kept + "frames\\" + frame).empty(), "no %s", frame);
 
-    int reported = run_program("\"" + player + "quondale_player.exe\" report \"" + history + "\" --out \"" + kept + "\"", player);
+    int reported = run_program("\"" + player + "quondale_player.exe\" report \"" + history + "\" --out \"" + kept + ".\"", player);
     check(reported == 0, "the report ended with %d", reported);
     std::string page = read_file(kept + "report.html");
     check(page.find("<tr id=\"frame-3\">") != std::string::npos, "the report has no row of frame 3");
