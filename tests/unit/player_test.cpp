@@ -261,13 +261,13 @@ TEST(PlayerReport, PlotOfCallsAndPrimitives)
     report_plot(frames, 3, &svg);
     EXPECT_EQ(std::string(svg.data),
               "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"720\" height=\"200\" role=\"img\">\n"
-              "<rect x=\"50\" y=\"15\" width=\"620\" height=\"160\" fill=\"none\" stroke=\"#999\"/>\n"
-              "<polyline fill=\"none\" stroke=\"#1f5fbf\" stroke-width=\"2\" points=\"50.0,15.0 360.0,95.0 670.0,175.0\"/>\n"
-              "<polyline fill=\"none\" stroke=\"#c0392b\" stroke-width=\"2\" points=\"50.0,175.0 360.0,15.0 670.0,95.0\"/>\n"
-              "<text x=\"46\" y=\"25\" font-size=\"12\" fill=\"#1f5fbf\" text-anchor=\"end\">100 calls</text>\n"
-              "<text x=\"674\" y=\"25\" font-size=\"12\" fill=\"#c0392b\">10 primitives</text>\n"
-              "<text x=\"50\" y=\"192\" font-size=\"12\">frame 4</text>\n"
-              "<text x=\"670\" y=\"192\" font-size=\"12\" text-anchor=\"end\">frame 6</text>\n"
+              "<rect x=\"60\" y=\"15\" width=\"560\" height=\"160\" fill=\"none\" stroke=\"#999\"/>\n"
+              "<polyline fill=\"none\" stroke=\"#1f5fbf\" stroke-width=\"2\" points=\"60.0,15.0 340.0,95.0 620.0,175.0\"/>\n"
+              "<polyline fill=\"none\" stroke=\"#c0392b\" stroke-width=\"2\" points=\"60.0,175.0 340.0,15.0 620.0,95.0\"/>\n"
+              "<text x=\"56\" y=\"25\" font-size=\"12\" fill=\"#1f5fbf\" text-anchor=\"end\">100 calls</text>\n"
+              "<text x=\"624\" y=\"25\" font-size=\"12\" fill=\"#c0392b\">10 primitives</text>\n"
+              "<text x=\"60\" y=\"192\" font-size=\"12\">frame 4</text>\n"
+              "<text x=\"620\" y=\"192\" font-size=\"12\" text-anchor=\"end\">frame 6</text>\n"
               "</svg>\n");
     text_free(&svg);
 }

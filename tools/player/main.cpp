@@ -8,6 +8,7 @@
 #include "tools/player/png.h"
 #include "tools/player/report.h"
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -26,8 +27,6 @@ static bool make_folder(const char *path) { return mkdir(path, 0777) == 0 || err
 static bool on_terminal() { return isatty(fileno(stderr)); }
 static const char separator = '/';
 #endif
-
-#include <cerrno>
 
 enum : int { THUMBNAIL_WIDTH = 160, PATH_SIZE = 4096 };
 

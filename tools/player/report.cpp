@@ -25,7 +25,7 @@ static void append_count(text_buffer *out, int64_t value)
 
 void report_plot(const report_frame *frames, int count, text_buffer *out)
 {
-    const int width = 720, height = 200, left = 50, right = 50, top = 15, bottom = 25;
+    const int width = 720, height = 200, left = 60, right = 100, top = 15, bottom = 25;
     int64_t most_calls = 1, most_primitives = 1;
     for (int i = 0; i < count; ++i) {
         int64_t calls = frames[i].stats.calls, primitives = primitives_of(&frames[i].stats);

@@ -27,9 +27,12 @@ static bool reserve(text_buffer *buffer, size_t more)
 
 void text_append(text_buffer *buffer, const void *bytes, size_t count)
 {
+    if (count == 0 && buffer->data)
+        return;
     if (!reserve(buffer, count))
         return;
-    memcpy(buffer->data + buffer->length, bytes, count);
+    if (count)
+        memcpy(buffer->data + buffer->length, bytes, count);
     buffer->length += count;
     buffer->data[buffer->length] = 0;
 }
