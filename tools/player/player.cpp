@@ -620,8 +620,9 @@ bool play_history(const char *path, const play_options *options, play_outcome *o
     if (played && p->first_error[0])
         played = fail(outcome, "%s: %s", path, p->first_error);
     playing = nullptr;
-    glsContext(0);
+    // Deleted while current, the codec context goes when it stops being current.
     glsDeleteContext(codec_context);
+    glsContext(0);
     free(p->pixels);
     free(p->record.per_proc);
     free(p->record.per_gl);
