@@ -25,6 +25,8 @@ OUTDIR (the build's gen folder, included as "gen/..."):
     command_samples.cpp a call of every command, and recording stubs of the default dispatch,
                         for the unit tests (capture.py, decode.py)
     dispatch_calls.h    typed calls through a context's dispatch rows, for native tests
+    player_taps.cpp     the history player's taps, one per GL command, and the hook of each
+                        opcode by name (player.py)
     state_tables.cpp    the state catalogue (state/state_rows.tbl) and the enumerant names (state.py)
     quondale-x86_64.def, quondale-i686.def, opengl32.def
 """
@@ -33,6 +35,7 @@ import sys
 
 import capture
 import decode
+import player
 import enums
 import state
 import table as tbl
@@ -387,6 +390,7 @@ def main():
         'command_samples.cpp': capture.gen_samples(commands, HEADER) + decode.gen_recorders(commands),
         'gls_decode.cpp': decode.gen_decode(table, HEADER),
         'dispatch_calls.h': capture.gen_dispatch_calls(commands, HEADER),
+        'player_taps.cpp': player.gen_player_taps(table, HEADER),
         'opengl32.def': gen_forwarding_def(table),
         'state_tables.cpp': state.gen_state_tables(sys.argv[3]),
     }

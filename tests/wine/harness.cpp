@@ -294,6 +294,17 @@ static DWORD wait_program(PROCESS_INFORMATION *process, DWORD timeout_ms)
     return exit_code;
 }
 
+int run_program(const std::string &command, const std::string &folder, DWORD timeout_ms)
+{
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process = {};
+    std::string line = command;
+    if (!CreateProcessA(nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(), &startup, &process))
+        return -1;
+    return (int)wait_program(&process, timeout_ms);
+}
+
 sample_run run_sample(const std::string &temp, const std::string &arguments)
 {
     sample_run run = {99, "", {}};

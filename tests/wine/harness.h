@@ -94,6 +94,10 @@ std::string program_folder();
 // any program.
 int run_self(bool with_debugger, const std::string &arguments);
 
+// Runs a command line in folder (a folder without the debugger's DLLs gives the program the
+// system's GL) and gives its exit code; 99 when it did not end within timeout_ms.
+int run_program(const std::string &command, const std::string &folder, DWORD timeout_ms = 120000);
+
 // The sample program (beside this one) run under the debugger with TEMP set to temp, Continue
 // pressed at its first halt by panel_press; the files of its context histories, "0.gls" first.
 struct sample_run {

@@ -1,0 +1,268 @@
+// quondale_player play HISTORY [--out DIR] [--frames A-B] [--raw]
+// quondale_player report HISTORY [--out DIR] [--frames A-B]
+// play writes DIR/frame-NNNN.png at each frame's end (and with --raw also frame-NNNN.rgb, the rows
+// from the bottom up as glReadPixels gives them); report writes DIR/report.html. Exit codes: 0
+// played to the end, 1 the history could not be played whole (the frames before are kept), 2 a
+// wrong command line.
+#include "tools/player/player.h"
+#include "tools/player/png.h"
+#include "tools/player/report.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#if defined(_WIN32)
+#  include <direct.h>
+#  include <io.h>
+static bool make_folder(const char *path) { return _mkdir(path) == 0 || errno == EEXIST; }
+static bool on_terminal() { return _isatty(_fileno(stderr)); }
+static const char separator = '\\';
+#else
+#  include <sys/stat.h>
+#  include <unistd.h>
+static bool make_folder(const char *path) { return mkdir(path, 0777) == 0 || errno == EEXIST; }
+static bool on_terminal() { return isatty(fileno(stderr)); }
+static const char separator = '/';
+#endif
+
+enum : int { THUMBNAIL_WIDTH = 160, PATH_SIZE = 4096 };
+
+struct command_line {
+    const char *command;
+    const char *history;
+    const char *out;
+    int first_frame;
+    int last_frame;
+    bool raw;
+};
+
+static int usage(const char *problem)
+{
+    if (problem)
+        fprintf(stderr, "quondale: %s\n", problem);
+    fprintf(stderr, "usage: quondale_player play HISTORY.gls [--out DIR] [--frames A-B] [--raw]\n"
+                    "       quondale_player report HISTORY.gls [--out DIR] [--frames A-B]\n");
+    return 2;
+}
+
+// "A-B", "A-" or "A": frames from 1.
+static bool read_range(const char *text, int *first, int *last)
+{
+    char *end;
+    long a = strtol(text, &end, 10);
+    long b = a;
+    if (end == text || a < 1 || a > 100000000)
+        return false;
+    if (*end == '-') {
+        const char *rest = end + 1;
+        b = *rest ? strtol(rest, &end, 10) : 0;
+        if ((*rest && end == rest) || (b != 0 && b < a) || b > 100000000)
+            return false;
+    }
+    if (*end)
+        return false;
+    *first = (int)a;
+    *last = (int)b;
+    return true;
+}
+
+static bool read_command_line(int argc, char **argv, command_line *line, const char **problem)
+{
+    *line = command_line{nullptr, nullptr, ".", 1, 0, false};
+    if (argc < 3 || (strcmp(argv[1], "play") != 0 && strcmp(argv[1], "report") != 0)) {
+        *problem = nullptr;
+        return false;
+    }
+    line->command = argv[1];
+    line->history = argv[2];
+    for (int i = 3; i < argc; ++i) {
+        if (strcmp(argv[i], "--out") == 0 && i + 1 < argc) {
+            line->out = argv[++i];
+        } else if (strcmp(argv[i], "--frames") == 0 && i + 1 < argc) {
+            if (!read_range(argv[++i], &line->first_frame, &line->last_frame)) {
+                *problem = "--frames takes A-B, A- or A, with 1 <= A <= B";
+                return false;
+            }
+        } else if (strcmp(argv[i], "--raw") == 0 && strcmp(line->command, "play") == 0) {
+            line->raw = true;
+        } else {
+            *problem = "unknown option";
+            return false;
+        }
+    }
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Progress on the terminal, at most a few times a second
+
+struct progress_line {
+    bool shown;
+    std::chrono::steady_clock::time_point last;
+};
+
+static void show_progress(double fraction, int frames, progress_line *line)
+{
+    auto now = std::chrono::steady_clock::now();
+    if (line->shown && now - line->last < std::chrono::milliseconds(200))
+        return;
+    line->last = now;
+    line->shown = true;
+    fprintf(stderr, "\rquondale: frame %d, %3.0f%% of the history read ", frames, fraction * 100);
+    fflush(stderr);
+}
+
+static void end_progress(progress_line *line)
+{
+    if (line->shown)
+        fprintf(stderr, "\n");
+}
+
+// ---------------------------------------------------------------------------------------------
+// play
+
+struct play_run {
+    const command_line *line;
+    progress_line progress;
+    int written;
+    bool write_failed;
+};
+
+static bool write_frame_file(const char *folder, int number, const char *extension, const void *bytes, size_t size)
+{
+    char path[PATH_SIZE];
+    snprintf(path, sizeof path, "%s%cframe-%04d.%s", folder, separator, number, extension);
+    text_buffer file = {(char *)bytes, size, size, false};
+    return text_write_file(&file, path);
+}
+
+static void write_frame(const frame_stats *stats, const uint8_t *rgb, int width, int height, void *user)
+{
+    play_run *run = (play_run *)user;
+    text_buffer png = {};
+    png_from_rgb(rgb, width, height, &png);
+    bool written = !png.failed && write_frame_file(run->line->out, stats->number, "png", png.data, png.length);
+    if (written && run->line->raw)
+        written = write_frame_file(run->line->out, stats->number, "rgb", rgb, (size_t)width * height * 3);
+    text_free(&png);
+    if (!written && !run->write_failed) {
+        fprintf(stderr, "quondale: could not write frame %d into %s\n", stats->number, run->line->out);
+        run->write_failed = true;
+    }
+    run->written += written;
+}
+
+static void play_progress(double fraction, int frames, void *user)
+{
+    show_progress(fraction, frames, &((play_run *)user)->progress);
+}
+
+// ---------------------------------------------------------------------------------------------
+// report
+
+struct report_run {
+    progress_line progress;
+    report_frame *frames;
+    int count;
+    int capacity;
+};
+
+static void keep_frame(const frame_stats *stats, const uint8_t *rgb, int width, int height, void *user)
+{
+    report_run *run = (report_run *)user;
+    if (run->count == run->capacity) {
+        int capacity = run->capacity ? run->capacity * 2 : 64;
+        report_frame *grown = (report_frame *)realloc(run->frames, capacity * sizeof(report_frame));
+        if (!grown)
+            return;
+        run->frames = grown;
+        run->capacity = capacity;
+    }
+    report_frame *frame = &run->frames[run->count++];
+    *frame = report_frame{};
+    frame->stats = *stats;
+    frame->info = strdup(stats->info);
+    frame->stats.info = frame->info;
+    uint8_t *small;
+    if (shrink_rgb(rgb, width, height, THUMBNAIL_WIDTH, &small, &frame->picture_width, &frame->picture_height)) {
+        png_from_rgb(small, frame->picture_width, frame->picture_height, &frame->picture);
+        free(small);
+    }
+}
+
+static void report_progress(double fraction, int frames, void *user)
+{
+    show_progress(fraction, frames, &((report_run *)user)->progress);
+}
+
+// The name of the history without its folders, for the page's title.
+static const char *base_name(const char *path)
+{
+    const char *name = path;
+    for (const char *at = path; *at; ++at)
+        if (*at == '/' || *at == '\\')
+            name = at + 1;
+    return name;
+}
+
+int main(int argc, char **argv)
+{
+    command_line line;
+    const char *problem = nullptr;
+    if (!read_command_line(argc, argv, &line, &problem))
+        return usage(problem);
+    if (!make_folder(line.out)) {
+        fprintf(stderr, "quondale: cannot make the folder %s: %s\n", line.out, strerror(errno));
+        return 1;
+    }
+    play_options options = {line.first_frame, line.last_frame, nullptr, nullptr, nullptr};
+    play_outcome outcome;
+    bool played;
+    bool written = true;
+    if (strcmp(line.command, "play") == 0) {
+        play_run run = {&line, {}, 0, false};
+        options.on_frame = write_frame;
+        options.user = &run;
+        if (on_terminal())
+            options.progress = play_progress;
+        played = play_history(line.history, &options, &outcome);
+        end_progress(&run.progress);
+        written = !run.write_failed;
+        fprintf(stderr, "quondale: %d frames of %dx%d written to %s\n", run.written, outcome.format.width,
+                outcome.format.height, line.out);
+    } else {
+        report_run run = {};
+        options.on_frame = keep_frame;
+        options.user = &run;
+        if (on_terminal())
+            options.progress = report_progress;
+        played = play_history(line.history, &options, &outcome);
+        end_progress(&run.progress);
+        if (outcome.totals) {
+            report_input input = {base_name(line.history), &outcome.format, run.frames,  run.count,
+                                  outcome.totals,          outcome.names,   outcome.error};
+            text_buffer html = {};
+            build_report(&input, &html);
+            char path[PATH_SIZE];
+            snprintf(path, sizeof path, "%s%creport.html", line.out, separator);
+            written = text_write_file(&html, path);
+            text_free(&html);
+            if (written)
+                printf("%s\n", path);
+            else
+                fprintf(stderr, "quondale: could not write %s\n", path);
+        }
+        for (int i = 0; i < run.count; ++i) {
+            free(run.frames[i].info);
+            text_free(&run.frames[i].picture);
+        }
+        free(run.frames);
+    }
+    if (!played)
+        fprintf(stderr, "quondale: %s\n", outcome.error);
+    free_play_outcome(&outcome);
+    return played && written ? 0 : 1;
+}
