@@ -303,24 +303,34 @@ def glu_wrapper(r):
 def wgl_wrapper(r, family, head):
     # plain: note, count, real call. swap: halt point first, then the real call, note, count
     # and the flush of the session's files. makecurrent: plain, then the context attach.
-    real = '((fn_%s)record->library_table->%s[ROW_%s])(%s)' % (r.name, family, r.name, r.arg_names())
+    # The real call finds the program's error word as the program left it.
+    real = '(SetLastError(entry_error), ((fn_%s)record->library_table->%s[ROW_%s])(%s))' % (
+        r.name, family, r.name, r.arg_names())
     name = '%s_call_names[ROW_%s]' % (family, r.name)
     note = ('    if (record->per_proc->History == 1)\n'
             '        history_note(%s);\n' % name)
     count = '    record->per_proc->%s_call_count[ROW_%s] += 1;\n' % (family, r.name)
     out = ['%s(%s)\n{\n' % (head, r.decl_params()),
+           '    DWORD entry_error = GetLastError();\n',
            '    thread_record *record = thread_entry();\n']
+    # The program reads the real call's error word: the steps behind the call keep it.
+    keep_error = '    DWORD error = GetLastError();\n'
+    give_error = '    SetLastError(error);\n'
     if r.wrapper_family == 'swap':
         out.append('    swap_halt_point(record, %s);\n' % name)
         out.append('    %s result = %s;\n' % (r.ret, real))
+        out.append(keep_error)
         out += [note, count]
         out.append('    flush_session_files(record);\n')
+        out.append(give_error)
         out.append('    return result;\n')
     else:
         out += [note, count]
         if r.wrapper_family == 'makecurrent':
             out.append('    %s result = %s;\n' % (r.ret, real))
+            out.append(keep_error)
             out.append('    context_made_current(record, result, %s);\n' % r.params[-1].name)
+            out.append(give_error)
             out.append('    return result;\n')
         else:
             out.append('    return %s;\n' % real)

@@ -2,11 +2,13 @@
 // person would: `panel_press BUTTON [SECONDS [PROCESS]]` waits for the window titled "quondale"
 // (of that process id, when given: other programs may be debugged beside it) to show "Halted",
 // prints its four texts, and clicks BUTTON (halt, continue, step, skip, the history box; look only
-// looks).
+// looks). `panel_press stress SECONDS [PROCESS]` then presses Halt, Step, Skip and Continue at
+// random for SECONDS, and Continue at the end; it fails if the panel goes away meanwhile.
 #include <windows.h>
 
 #include "panel/resource.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,7 +21,7 @@ struct button_name {
 
 static const button_name buttons[] = {
     {"look", 0},  {"halt", IDC_HALT}, {"continue", IDC_CONTINUE},
-    {"step", IDC_STEP}, {"skip", IDC_SKIP}, {"history", IDC_HISTORY},
+    {"step", IDC_STEP}, {"skip", IDC_SKIP}, {"history", IDC_HISTORY}, {"stress", -2},
 };
 
 static DWORD wanted_process; // 0: any
@@ -43,14 +45,34 @@ static void text_of(HWND dialog, int id, char *text, int size)
     SendDlgItemMessageA(dialog, id, WM_GETTEXT, (WPARAM)size, (LPARAM)text);
 }
 
+// Presses at random, as an impatient person would, then lets the program run on.
+static int stress(HWND control, DWORD limit)
+{
+    static const int choices[] = {IDC_HALT, IDC_STEP, IDC_SKIP, IDC_CONTINUE};
+    uint32_t seed = GetTickCount() | 1;
+    unsigned presses = 0;
+    for (DWORD start = GetTickCount(); GetTickCount() - start < limit; ++presses) {
+        if (!IsWindow(control)) {
+            fprintf(stderr, "panel_press: the control window went away after %u presses\n", presses);
+            return 1;
+        }
+        seed = seed * 1103515245u + 12345u;
+        SendDlgItemMessageA(control, choices[(seed >> 16) % 4], BM_CLICK, 0, 0);
+        Sleep((seed >> 8) % 40);
+    }
+    SendDlgItemMessageA(control, IDC_CONTINUE, BM_CLICK, 0, 0);
+    printf("%u presses\n", presses);
+    return 0;
+}
+
 int main(int argc, char **argv)
 {
     int button = -1;
     for (const button_name &known : buttons)
         if (argc > 1 && strcmp(argv[1], known.name) == 0)
             button = known.id;
-    if (button < 0) {
-        fprintf(stderr, "usage: panel_press look|halt|continue|step|skip|history [SECONDS [PROCESS]]\n");
+    if (button == -1) {
+        fprintf(stderr, "usage: panel_press look|halt|continue|step|skip|history|stress [SECONDS [PROCESS]]\n");
         return 2;
     }
     DWORD limit = (argc > 2 ? (DWORD)atoi(argv[2]) : 60) * 1000;
@@ -77,6 +99,8 @@ int main(int argc, char **argv)
         text_of(control, id, text, sizeof text);
         printf("%s\n", text);
     }
+    if (button == -2)
+        return stress(control, limit);
     if (button != 0)
         SendDlgItemMessageA(control, button, BM_CLICK, 0, 0);
     return 0;

@@ -1,11 +1,9 @@
 // Four drawing threads with contexts that share the main thread's texture, each on a window of
 // the main thread, to which they send their progress; the main thread makes its own context
 // current while they still draw. Under the debugger every thread has its panel and its halt at
-// the first call, pressed on by a watcher: all of them draw the shared texture, and every
+// the first call, pressed on: all of them draw the shared texture, and every
 // wglMakeCurrent succeeds.
 #include "tests/wine/harness.h"
-
-#include "panel/resource.h"
 
 enum : int { THREADS = 4, FRAMES = 10, SIDE = 32 };
 
@@ -18,7 +16,6 @@ struct drawer {
 
 static drawer drawers[THREADS];
 static volatile LONG frames_told;
-static volatile LONG watching = 1;
 static GLuint shared_texture;
 
 // The texture's one colour, which a context sees only through the shared lists.
@@ -72,31 +69,6 @@ static DWORD WINAPI draw(void *parameter)
     return 0;
 }
 
-// Every control window of this process that shows "Halted" gets its Continue, until the program
-// is done: one panel per debugged thread.
-static BOOL CALLBACK continue_halted(HWND window, LPARAM)
-{
-    // Only dialogs are asked for their title: asking a window of the main thread would wait on
-    // the main thread, which waits on this one at the end.
-    char title[32], kind[16];
-    DWORD process = 0;
-    GetWindowThreadProcessId(window, &process);
-    if (process == GetCurrentProcessId() && IsWindowVisible(window) && GetClassNameA(window, kind, sizeof kind) &&
-        strcmp(kind, "#32770") == 0 && GetWindowTextA(window, title, sizeof title) && strcmp(title, "quondale") == 0 &&
-        control_text(window, IDC_STATUS) == "Halted")
-        click(window, IDC_CONTINUE);
-    return TRUE;
-}
-
-static DWORD WINAPI watch(void *)
-{
-    while (watching) {
-        EnumWindows(continue_halted, 0);
-        Sleep(20);
-    }
-    return 0;
-}
-
 static int wrong_pixels(const std::vector<uint8_t> &rgb)
 {
     int wrong = 0;
@@ -109,7 +81,7 @@ static int wrong_pixels(const std::vector<uint8_t> &rgb)
 int main(int argc, char **argv)
 {
     check_gl_source(argc, argv);
-    HANDLE watcher = CreateThread(nullptr, 0, watch, nullptr, 0, nullptr);
+    start_continuing();
     gl_window main_window = open_gl_window(SIDE, SIDE);
     glGenTextures(1, &shared_texture);
     glBindTexture(GL_TEXTURE_2D, shared_texture);
@@ -162,10 +134,7 @@ int main(int argc, char **argv)
               i, wrong_pixels(drawers[i].rgb));
     }
     check(wrong_pixels(main_rgb) == 0, "main thread: %d pixels are not the texture's", wrong_pixels(main_rgb));
-    // The watcher stops before the program ends: no message to a panel while the process goes.
-    InterlockedExchange(&watching, 0);
-    while (MsgWaitForMultipleObjects(1, &watcher, FALSE, INFINITE, QS_ALLINPUT) != WAIT_OBJECT_0)
-        pump_messages();
+    stop_continuing();
     wglMakeCurrent(nullptr, nullptr);
     return finish("gl_threads");
 }

@@ -712,6 +712,48 @@ void continue_first_halt()
         CloseHandle(thread);
 }
 
+static volatile LONG continuing;
+static HANDLE continuer;
+
+static BOOL CALLBACK continue_if_halted(HWND window, LPARAM)
+{
+    // Only dialogs are asked for their title: asking a window of another thread of the program
+    // would wait on that thread, which may be waiting on this one.
+    char title[32], kind[16];
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process == GetCurrentProcessId() && IsWindowVisible(window) && GetClassNameA(window, kind, sizeof kind) &&
+        strcmp(kind, "#32770") == 0 && GetWindowTextA(window, title, sizeof title) && strcmp(title, "quondale") == 0 &&
+        control_text(window, IDC_STATUS) == "Halted")
+        click(window, IDC_CONTINUE);
+    return TRUE;
+}
+
+static DWORD WINAPI keep_continuing(void *)
+{
+    while (continuing) {
+        EnumWindows(continue_if_halted, 0);
+        Sleep(20);
+    }
+    return 0;
+}
+
+void start_continuing()
+{
+    continuing = 1;
+    continuer = CreateThread(nullptr, 0, keep_continuing, nullptr, 0, nullptr);
+}
+
+void stop_continuing()
+{
+    InterlockedExchange(&continuing, 0);
+    while (continuer && MsgWaitForMultipleObjects(1, &continuer, FALSE, INFINITE, QS_ALLINPUT) != WAIT_OBJECT_0)
+        pump_messages();
+    if (continuer)
+        CloseHandle(continuer);
+    continuer = nullptr;
+}
+
 // ---------------------------------------------------------------------------------------------
 // Screenshots: PNG with stored deflate blocks, which any viewer reads and which needs no library.
 

@@ -184,6 +184,11 @@ void driver_done();
 // Presses Continue on the first halt of the program's one panel, from a thread of its own: for
 // checks of other things than the panel.
 void continue_first_halt();
+// Presses Continue on every halt of every panel of this process (one per debugged thread) from a
+// thread of its own, until stopped; the stop waits for that thread, pumping the caller's
+// messages, so that no press reaches a panel while the process ends.
+void start_continuing();
+void stop_continuing();
 
 // The calls the application has seen return, counted by returned(): how the driver tells how far
 // the application got while it stands halted.
