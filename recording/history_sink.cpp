@@ -2,25 +2,42 @@
 // sink's own, so that the program's thread does not wait for the system's file writes; anything
 // that reads the file, or ends it, drains first and finds the file complete.
 #include "recording/line_format.h"
+#include "session/report.h"
 
 #if defined(_WIN32)
 #  include <io.h>
 #  include <windows.h>
 #endif
 
+static volatile int32_t warned; // once a process: every history stands on the same disk
+
+// A file that takes no more bytes (a full disk) stops the history there: the program goes on.
+static void stop_growing(history_sink *sink)
+{
+    if (sink->stopped)
+        return;
+    sink->stopped = 1;
+    if (warned)
+        return;
+    warned = 1;
+    warning_report("history", __LINE__,
+                   "The history file cannot grow (is the disk full?): its lines stop here, and the program goes on.");
+}
+
 #if defined(_WIN32)
 
 // Writes bytes at their own place in the file: a second write of the same bytes, by a rescue
 // while the writer thread is still at it, leaves the file as it was.
-static void write_at(void *handle, const char *bytes, int count, uint64_t offset)
+static void write_at(history_sink *sink, void *handle, const char *bytes, int count, uint64_t offset)
 {
-    if (!handle || count <= 0)
+    if (!handle || count <= 0 || sink->stopped)
         return;
     OVERLAPPED place = {};
     place.Offset = (DWORD)offset;
     place.OffsetHigh = (DWORD)(offset >> 32);
-    DWORD written;
-    WriteFile((HANDLE)handle, bytes, (DWORD)count, &written, &place);
+    DWORD written = 0;
+    if (!WriteFile((HANDLE)handle, bytes, (DWORD)count, &written, &place) || written != (DWORD)count)
+        stop_growing(sink);
 }
 
 static DWORD WINAPI sink_writer(void *parameter)
@@ -28,7 +45,7 @@ static DWORD WINAPI sink_writer(void *parameter)
     history_sink *sink = (history_sink *)parameter;
     for (;;) {
         WaitForSingleObject((HANDLE)sink->work_event, INFINITE);
-        write_at(sink->flight_handle, sink->flight_data, sink->flight_count, sink->flight_offset);
+        write_at(sink, sink->flight_handle, sink->flight_data, sink->flight_count, sink->flight_offset);
         InterlockedExchange((volatile LONG *)&sink->in_flight, 0);
         SetEvent((HANDLE)sink->done_event);
     }
@@ -62,6 +79,7 @@ static bool have_writer(history_sink *sink)
 void history_sink_start(history_sink *sink, FILE *file)
 {
     wait_for_flight(sink);
+    sink->stopped = 0;
     sink->file = file;
     sink->handle = (void *)_get_osfhandle(_fileno(file));
     sink->data = sink->data ? sink->data : sink->buffers[0];
@@ -94,7 +112,7 @@ void history_sink_pass(history_sink *sink)
 void history_sink_drain(history_sink *sink)
 {
     wait_for_flight(sink);
-    write_at(sink->handle, sink->data, sink->used, sink->offset);
+    write_at(sink, sink->handle, sink->data, sink->used, sink->offset);
     sink->offset += (uint64_t)(sink->used > 0 ? sink->used : 0);
     sink->used = 0;
 }
@@ -102,7 +120,7 @@ void history_sink_drain(history_sink *sink)
 void history_sink_write_through(history_sink *sink, const char *bytes, int count)
 {
     history_sink_drain(sink);
-    write_at(sink->handle, bytes, count, sink->offset);
+    write_at(sink, sink->handle, bytes, count, sink->offset);
     sink->offset += (uint64_t)count;
 }
 
@@ -111,8 +129,8 @@ void history_sink_rescue(history_sink *sink)
     // Nothing changes and nothing waits: the writer thread may be gone with the program's end,
     // and a program that goes on after a fault writes the same bytes again, in the same place.
     if (sink->in_flight)
-        write_at(sink->flight_handle, sink->flight_data, sink->flight_count, sink->flight_offset);
-    write_at(sink->handle, sink->data, sink->used, sink->offset);
+        write_at(sink, sink->flight_handle, sink->flight_data, sink->flight_count, sink->flight_offset);
+    write_at(sink, sink->handle, sink->data, sink->used, sink->offset);
 }
 
 #else
@@ -120,16 +138,22 @@ void history_sink_rescue(history_sink *sink)
 // Natively the sink is the file's: plain writes in order.
 void history_sink_start(history_sink *sink, FILE *file)
 {
+    sink->stopped = 0;
     sink->file = file;
     sink->handle = nullptr;
     sink->data = sink->buffers[0];
     sink->used = 0;
 }
 
+static void write_through(history_sink *sink, const char *bytes, int count)
+{
+    if (sink->file && count > 0 && !sink->stopped && fwrite(bytes, 1, (size_t)count, sink->file) != (size_t)count)
+        stop_growing(sink);
+}
+
 void history_sink_drain(history_sink *sink)
 {
-    if (sink->file && sink->used > 0)
-        fwrite(sink->data, 1, (size_t)sink->used, sink->file);
+    write_through(sink, sink->data, sink->used);
     sink->used = 0;
 }
 
@@ -138,8 +162,7 @@ void history_sink_pass(history_sink *sink) { history_sink_drain(sink); }
 void history_sink_write_through(history_sink *sink, const char *bytes, int count)
 {
     history_sink_drain(sink);
-    if (sink->file)
-        fwrite(bytes, 1, (size_t)count, sink->file);
+    write_through(sink, bytes, count);
 }
 
 void history_sink_rescue(history_sink *sink) { history_sink_drain(sink); }

@@ -226,6 +226,8 @@ struct history_sink {
     char *flight_data;
     void *flight_handle;
     uint64_t flight_offset;
+    // 1 once a write has failed (a full disk): the file stops growing, with one warning.
+    volatile int32_t stopped;
     char buffers[2][HISTORY_SINK_SIZE];
 };
 

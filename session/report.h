@@ -7,4 +7,8 @@
 void fatal_report(const char *source, int line, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
 
+// A warning that lets the program go on: the same box, shown by a thread of its own so that
+// nobody waits for its OK, or the same line on standard error.
+void warning_report(const char *source, int line, const char *format, ...) __attribute__((format(printf, 3, 4)));
+
 [[noreturn]] void session_exit(int code);

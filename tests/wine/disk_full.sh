@@ -1,0 +1,48 @@
+#!/bin/bash
+# The sample under the debugger with its history on a disk that fills up: the history stops
+# growing with one warning, and the program draws all its frames and ends by itself.
+#   disk_full.sh FOLDER    FOLDER holds the sample, panel_press and the debugger's two DLLs
+set -u
+folder=$1
+source "$(dirname "${BASH_SOURCE[0]}")/../../tools/display.sh"
+disk=$(mktemp -d)
+# A small disk of its own needs root; without it the check cannot be made here.
+if ! mount -t tmpfs -o size=64k tmpfs "$disk" 2>/dev/null; then
+    echo "disk_full: cannot mount a small disk here (not root?)"
+    rmdir "$disk"
+    exit 77
+fi
+finish() {
+    umount "$disk"
+    rmdir "$disk"
+    stop_xvfb
+}
+trap finish EXIT
+ensure_prefix || exit 1
+ensure_display || exit 1
+WINEDLLOVERRIDES=$(wine_overrides debugger)
+export WINEDLLOVERRIDES
+export QUONDALE_FATAL_TO_STDERR=1
+
+cd "$folder" || exit 1
+"$wine_binary" cmd /c "set TEMP=Z:${disk//\//\\}&& spinning_cube.exe --frames 60" >"$disk.out" 2>"$disk.err" &
+program=$!
+"$wine_binary" panel_press.exe continue 60 >/dev/null </dev/null
+timeout 120 tail --pid="$program" -f /dev/null
+wait "$program"
+status=$?
+
+failed=0
+fail() {
+    echo "disk_full: $*"
+    failed=1
+}
+[ "$status" = 0 ] || fail "the sample ended with $status"
+grep -q '^spinning_cube: 60 frames' "$disk.out" || fail "the sample did not draw its 60 frames: $(cat "$disk.out")"
+warnings=$(grep -c 'The history file cannot grow (is the disk full?): its lines stop here, and the program goes on.' "$disk.err")
+[ "$warnings" = 1 ] || fail "$warnings warnings instead of one; standard error: $(cat "$disk.err")"
+history=$(ls "$disk"/QUONDALE_*/history/*.gls 2>/dev/null | grep -v '/0\.gls$' | head -n1)
+[ -s "$history" ] || fail "no context history on the small disk"
+rm -f "$disk.out" "$disk.err"
+[ "$failed" = 0 ] && echo "disk_full: passed"
+exit "$failed"
