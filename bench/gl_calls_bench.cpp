@@ -4,10 +4,12 @@
 //                system's own wglMakeCurrent, so no WGL export of quondale is ever called)
 //   debugged     a session, Continue pressed, History off
 //   history      a session, Continue pressed, History on: every call recorded to the history
+// `gl_calls_bench memory MODE FRAMES` reports the memory of one run in MODE instead.
 // With no mode (or a number of rounds) it runs all four, each as a fresh process, in turns for
 // several rounds, and prints the minimum and median nanoseconds per call and their ratios to the
 // direct run.
 #include <windows.h>
+#include <psapi.h>
 
 #include <GL/gl.h>
 
@@ -110,6 +112,37 @@ static double run_workload()
     return seconds * 1e9 / (double)(calls + 1);
 }
 
+// With "memory" before the mode: the working set and the private bytes after every tenth of
+// the calls, which must not grow with them.
+static bool memory_report;
+
+static void report_memory()
+{
+    glClear(GL_COLOR_BUFFER_BIT);
+    Sleep(1000);
+    long long calls = 0, step = (long long)frames * (2 + TRIANGLES_PER_FRAME * 9) / 10;
+    printf("%14s %16s %16s\n", "calls", "working set KB", "private KB");
+    for (int tenth = 1; tenth <= 10; ++tenth) {
+        for (long long target = step * tenth; calls < target;) {
+            glBegin(GL_TRIANGLES);
+            for (int i = 0; i < TRIANGLES_PER_FRAME * 3; ++i) {
+                float x = (float)(i % 97) / 97.0f, y = (float)(i % 89) / 89.0f;
+                glColor3f(x, y, 0.5f);
+                glNormal3f(0.0f, 0.0f, 1.0f);
+                glVertex3f(x * 2 - 1, y * 2 - 1, 0.0f);
+            }
+            glEnd();
+            calls += 2 + TRIANGLES_PER_FRAME * 9;
+        }
+        PROCESS_MEMORY_COUNTERS counters = {};
+        counters.cb = sizeof counters;
+        K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+        printf("%14lld %16llu %16llu\n", calls, (unsigned long long)counters.WorkingSetSize / 1024,
+               (unsigned long long)counters.PagefileUsage / 1024);
+        fflush(stdout);
+    }
+}
+
 typedef BOOL(WINAPI *MakeCurrentFunc)(HDC, HGLRC);
 typedef HGLRC(WINAPI *CreateContextFunc)(HDC);
 
@@ -143,11 +176,46 @@ static int run_mode(const char *mode)
             CloseHandle(CreateThread(nullptr, 0, press_continue, nullptr, 0, nullptr));
         }
     }
+    if (memory_report) {
+        report_memory();
+        ExitProcess(0);
+    }
     double per_call = run_workload();
     printf("%.2f\n", per_call);
     fflush(stdout);
     // Leave without the panel's Quit: the temporary directory stays, as after any program exit.
     ExitProcess(0);
+}
+
+// Removes a folder with everything in it.
+static void remove_tree(const std::string &folder)
+{
+    WIN32_FIND_DATAA entry;
+    HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &entry);
+    if (search != INVALID_HANDLE_VALUE) {
+        do {
+            std::string name = entry.cFileName;
+            if (name == "." || name == "..")
+                continue;
+            std::string path = folder + "\\" + name;
+            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+                remove_tree(path);
+            else
+                DeleteFileA(path.c_str());
+        } while (FindNextFileA(search, &entry));
+        FindClose(search);
+    }
+    RemoveDirectoryA(folder.c_str());
+}
+
+// The runs' sessions keep their histories (a run ends without the panel's Quit): each run gets
+// a TEMP of its own beside this program, removed behind it.
+static std::string run_temp()
+{
+    char exe[MAX_PATH];
+    GetModuleFileNameA(nullptr, exe, MAX_PATH);
+    std::string folder = exe;
+    return folder.substr(0, folder.find_last_of('\\')) + "\\bench_temp";
 }
 
 // Runs this program again in one mode and reads the figure it prints.
@@ -182,6 +250,8 @@ static double measure(const char *mode)
     DWORD got = 0;
     ReadFile(read_end, text, sizeof text - 1, &got, nullptr);
     WaitForSingleObject(process.hProcess, 300000);
+    remove_tree(run_temp());
+    CreateDirectoryA(run_temp().c_str(), nullptr);
     CloseHandle(process.hProcess);
     CloseHandle(process.hThread);
     CloseHandle(read_end);
@@ -190,6 +260,11 @@ static double measure(const char *mode)
 
 int main(int argc, char **argv)
 {
+    if (argc > 2 && strcmp(argv[1], "memory") == 0) {
+        memory_report = true;
+        ++argv;
+        --argc;
+    }
     if (argc > 1 && !isdigit((unsigned char)argv[1][0])) {
         if (argc > 2)
             frames = atoi(argv[2]);
@@ -198,6 +273,8 @@ int main(int argc, char **argv)
     // The modes take turns, round after round, so that a slow moment of the machine falls on all
     // of them alike; the minimum and the median of each tell the cost.
     int rounds = argc > 1 ? atoi(argv[1]) : 5;
+    CreateDirectoryA(run_temp().c_str(), nullptr);
+    SetEnvironmentVariableA("TEMP", run_temp().c_str());
     const char *modes[] = {"direct", "nosession", "debugged", "history"};
     std::vector<double> figures[4];
     printf("immediate-mode workload: %d calls, %d rounds\n", frames * (2 + TRIANGLES_PER_FRAME * 9), rounds);
