@@ -1,13 +1,15 @@
 // Presses a button of the debugger's control window from outside the debugged program, as a
 // person would: `panel_press BUTTON [SECONDS [PROCESS]]` waits for the window titled "quondale"
-// (of that process id, when given: other programs may be debugged beside it) to show "Halted",
-// prints its four texts, and clicks BUTTON (halt, continue, step, skip, the history box; look only
-// looks). `panel_press stress SECONDS [PROCESS]` then presses Halt, Step, Skip and Continue at
-// random for SECONDS, and Continue at the end; it fails if the panel goes away meanwhile.
+// (of PROCESS, a process id or a program's file name, when given: other programs may be debugged
+// beside it) to show "Halted", prints its four texts, and clicks BUTTON (halt, continue, step,
+// skip, the history box; look only looks). `panel_press stress SECONDS [PROCESS]` then presses
+// Halt, Step, Skip and Continue at random for SECONDS, and Continue at the end; it fails if the
+// panel goes away meanwhile.
 #include <windows.h>
 
 #include "panel/resource.h"
 
+#include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,7 +26,21 @@ static const button_name buttons[] = {
     {"step", IDC_STEP}, {"skip", IDC_SKIP}, {"history", IDC_HISTORY}, {"stress", -2},
 };
 
-static DWORD wanted_process; // 0: any
+static DWORD wanted_process;       // 0: any
+static const char *wanted_program; // or the program's file name, when PROCESS is not a number
+
+static bool of_wanted_program(DWORD process)
+{
+    HANDLE handle = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, process);
+    if (!handle)
+        return false;
+    char path[MAX_PATH];
+    DWORD size = sizeof path;
+    bool named = QueryFullProcessImageNameA(handle, 0, path, &size);
+    CloseHandle(handle);
+    const char *name = named ? strrchr(path, '\\') : nullptr;
+    return name && _stricmp(name + 1, wanted_program) == 0;
+}
 
 static BOOL CALLBACK match_control_window(HWND window, LPARAM found)
 {
@@ -32,7 +48,7 @@ static BOOL CALLBACK match_control_window(HWND window, LPARAM found)
     DWORD process = 0;
     GetWindowThreadProcessId(window, &process);
     if (IsWindowVisible(window) && GetWindowTextA(window, title, sizeof title) && strcmp(title, "quondale") == 0 &&
-        (wanted_process == 0 || process == wanted_process)) {
+        (wanted_program ? of_wanted_program(process) : wanted_process == 0 || process == wanted_process)) {
         *(HWND *)found = window;
         return FALSE;
     }
@@ -76,7 +92,10 @@ int main(int argc, char **argv)
         return 2;
     }
     DWORD limit = (argc > 2 ? (DWORD)atoi(argv[2]) : 60) * 1000;
-    wanted_process = argc > 3 ? (DWORD)strtoul(argv[3], nullptr, 10) : 0;
+    if (argc > 3 && !isdigit((unsigned char)argv[3][0]))
+        wanted_program = argv[3];
+    else
+        wanted_process = argc > 3 ? (DWORD)strtoul(argv[3], nullptr, 10) : 0;
     DWORD start = GetTickCount();
     HWND control = nullptr;
     char status[256] = "";

@@ -27,7 +27,7 @@ export QUONDALE_FATAL_TO_STDERR=1
 cd "$folder" || exit 1
 "$wine_binary" cmd /c "set TEMP=Z:${disk//\//\\}&& spinning_cube.exe --frames 60" >"$disk.out" 2>"$disk.err" &
 program=$!
-"$wine_binary" panel_press.exe continue 60 >/dev/null </dev/null
+"$wine_binary" panel_press.exe continue 60 spinning_cube.exe >/dev/null </dev/null
 timeout 120 tail --pid="$program" -f /dev/null
 wait "$program"
 status=$?
