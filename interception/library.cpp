@@ -14,7 +14,7 @@ static BOOL library_main(HINSTANCE instance, DWORD reason, LPVOID reserved)
         panel_register();
         return session_process_attach();
     case DLL_PROCESS_DETACH:
-        session_process_detach();
+        session_process_detach(reserved != nullptr);
         // At process exit (reserved set) the other threads are gone and the heap is about to go:
         // the codec's records are released only when the library is unloaded by hand.
         if (reserved == nullptr)

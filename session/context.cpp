@@ -90,14 +90,17 @@ static void dump_records()
     block_free(text);
 }
 
-void session_process_detach()
+void session_process_detach(bool process_ends)
 {
     if (fault_handler)
         RemoveVectoredExceptionHandler(fault_handler);
     fault_handler = nullptr;
     drain_histories();
     dump_records();
-    named_blocks_free();
+    // At the process's end its memory goes with it, and a thread that the system has not yet
+    // stopped may still read the blocks: they are freed only when the library is unloaded.
+    if (!process_ends)
+        named_blocks_free();
 }
 
 // A directory that exists already is left as it is; one that can't be made is not reported

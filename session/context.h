@@ -11,7 +11,7 @@ extern unsigned long session_tls;
 
 // Debugger's part of the library's load and unload.
 bool session_process_attach();
-void session_process_detach();
+void session_process_detach(bool process_ends);
 
 // The calling thread's record; the first call on a thread brings its whole session up. Never
 // fails: it ends the process instead.
