@@ -636,6 +636,9 @@ TEST_F(Reader, NestingStopsAtSixtyFourAndAbortsTheRest)
     EXPECT_EQ(take_recorded(), begins) << "the 65th read aborts everything behind it";
     EXPECT_FALSE(glsIsEnabled(GLS_ABORT_CALL));
     EXPECT_EQ(glsGeti(GLS_CALL_NESTING), 0);
+    // Nor is a stream read while it is written: a copy onto itself would never end.
+    glsCopyStream((const GLubyte *)"self", (const GLubyte *)"self", GLS_CONTEXT, GLS_WRITE_APPEND);
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
 }
 
 // ---------------------------------------------------------------------------------------------
