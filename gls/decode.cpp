@@ -514,8 +514,9 @@ void gls_decode_command(int opcode, uint8_t *args, uint32_t size)
     if (result == WALK_OK) {
         command->call(ctx->callDispatch[opcode], values);
         gls_note_pixel_store(ctx, opcode, values);
-    } else
+    } else {
         gls_report_error(opcode, errors[result]);
+    }
     for (GlsString &s : strings)
         gls_string_free(&s);
 }

@@ -185,12 +185,26 @@ void string_slot(GlsWriter *w, Input &in)
     w->putString(w, 0, (const GLubyte *)block(bytes));
 }
 
+// As a capture function calls them: endCommand once behind each beginCommand that succeeded,
+// since only the items test the buffer's limit.
+bool command_open;
+
+void end_command(GlsWriter *w)
+{
+    if (command_open)
+        w->endCommand(w);
+    command_open = false;
+}
+
 void one_operation(GlsWriter *w, Input &in)
 {
     uint8_t op = in.byte();
     switch (op % 48) {
-    case 0: w->beginCommand(w, (GLSopcode)in.bytes(2), in.word()); break;
-    case 1: w->endCommand(w); break;
+    case 0:
+        end_command(w);
+        command_open = w->beginCommand(w, (GLSopcode)in.bytes(2), in.word());
+        break;
+    case 1: end_command(w); break;
     case 2: w->nextList(w); break;
     case 3: string_slot(w, in); break;
     case 4: w->putGLSenum(w, (GLint)in.word()); break;
@@ -283,8 +297,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     sink_fails_at = setup & 1 ? (size_t)in.bytes(2) : 0;
     if (glsBeginCapture((const GLubyte *)"", GLS_TEXT, setup & 2 ? GLS_WRITE_NO_FRAME : 0)) {
         GlsWriter *w = gls_current()->currentWriter;
+        command_open = false;
         while (!in.empty())
             one_operation(w, in);
+        end_command(w);
         glsEndCapture();
     }
     glsGetError();
