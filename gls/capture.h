@@ -68,6 +68,9 @@ struct GlsMapLayout {
 GlsMapLayout gls_map1_layout(GLenum target, GLint stride, GLint order);
 GlsMapLayout gls_map2_layout(GLenum target, GLint ustride, GLint uorder, GLint vstride, GLint vorder);
 void gls_put_map_points(GlsWriter *writer, const GlsMapLayout *map, int valueSize, const void *points);
+// The values that the points span with the strides as given: what GL reads, and what a stream
+// being read must hold. A stream written here has tight strides, where it is map.values.
+uint64_t gls_map_span(const GlsMapLayout *map);
 
 // Bytes of glsDrawVertexArray's packed vertices.
 uint64_t gls_vertex_data_bytes(GLenum format, GLint count);

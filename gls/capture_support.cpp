@@ -161,6 +161,14 @@ GlsMapLayout gls_map2_layout(GLenum target, GLint ustride, GLint uorder, GLint v
     return map;
 }
 
+uint64_t gls_map_span(const GlsMapLayout *map)
+{
+    if (map->k == 0 || map->rows == 0 || map->images == 0)
+        return 0;
+    uint64_t row = (uint64_t)map->k + map->rowGap, image = row * map->rows + map->imageGap;
+    return image * map->images - map->imageGap - map->rowGap;
+}
+
 void gls_put_map_points(GlsWriter *w, const GlsMapLayout *map, int valueSize, const void *points)
 {
     bool tight = map->rowGap == 0 && map->imageGap == 0;
@@ -435,7 +443,12 @@ void gls_keep_pixel_store(GlsContext *ctx, GLenum pname, GLint value)
 
 void shadow_glPixelStoref(GlsContext *ctx, GLenum pname, GLfloat param)
 {
-    gls_keep_pixel_store(ctx, pname, (GLint)param);
+    // Any float may come: one beyond an int's range is kept at its end, NaN as 0.
+    GLint value = param != param             ? 0
+                  : param >= 2147483648.0f   ? INT32_MAX
+                  : param <= -2147483648.0f  ? INT32_MIN
+                                             : (GLint)param;
+    gls_keep_pixel_store(ctx, pname, value);
     if (gls_have_gl_context(ctx))
         CALL_GL(ctx, glPixelStoref, pname, param);
 }

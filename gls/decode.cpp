@@ -122,7 +122,7 @@ GlsArrayShape gls_array_shape(const GlsArgDesc *d, const GlsArgValue *values)
         GlsMapLayout map = d->kind == GLS_ARG_MAP1
             ? gls_map1_layout((GLenum)ref(0), (GLint)ref(1), (GLint)ref(2))
             : gls_map2_layout((GLenum)ref(0), (GLint)ref(1), (GLint)ref(2), (GLint)ref(3), (GLint)ref(4));
-        shape.count = map.values;
+        shape.count = gls_map_span(&map);
         shape.element = d->element;
         break;
     }
@@ -194,6 +194,9 @@ void gls_report_unsupported(const char *name)
 
 // Room for any state query.
 static const uint64_t OUT_AREA_SIZE = 65536;
+// The most a stream may have GL write back at once, a few framebuffers' worth: beyond it the
+// command fails as an allocation would, since a dozen bytes of stream must not cost gigabytes.
+static const uint64_t OUT_AREA_LIMIT = 256u << 20;
 
 enum : int { SCRATCH_OUT = 1, SCRATCH_FEEDBACK = 2, SCRATCH_SELECT = 3 };
 
@@ -258,8 +261,10 @@ void *gls_out_area(GlsContext *ctx, int opcode, const GlsArgValue *values)
     int slot = opcode == OP_glFeedbackBuffer ? SCRATCH_FEEDBACK : opcode == OP_glSelectBuffer ? SCRATCH_SELECT : SCRATCH_OUT;
     uint64_t bytes = std::max(out_bytes(ctx, opcode, values), slot == SCRATCH_OUT ? OUT_AREA_SIZE : 4);
     GlsClientState *state = &ctx->clientState;
-    if (bytes > GLS_PIXEL_DATA_LIMIT)
+    if (bytes > OUT_AREA_LIMIT) {
+        gls_set_error(GLS_RESOURCE_ERROR);
         return nullptr;
+    }
     if (state->scratchSize[slot] < bytes) {
         // GL holds a feedback or selection buffer only until the next one, which this is.
         void *grown = gls_calloc((size_t)bytes);
@@ -311,6 +316,25 @@ void gls_prepare_pack(GlsContext *ctx)
     set_tight(ctx, &ctx->glInfo.packParametersSet,
               {GL_PACK_ALIGNMENT, GL_PACK_LSB_FIRST, GL_PACK_ROW_LENGTH, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS,
                GL_PACK_SWAP_BYTES, GL_PACK_IMAGE_HEIGHT_EXT, GL_PACK_SKIP_IMAGES_EXT});
+}
+
+// The stream's own pixel-store commands make GL read the next image, which the stream holds
+// tight, by the state they set, or write the next pixels read back beyond the area made for
+// them: the tight state is set again before the next one.
+void gls_note_pixel_store(GlsContext *ctx, int opcode, const GlsArgValue *values)
+{
+    if (opcode == OP_glPopClientAttrib) {
+        ctx->glInfo.unpackParametersSet = 0;
+        ctx->glInfo.packParametersSet = 0;
+    } else if (opcode == OP_glPixelStoref || opcode == OP_glPixelStorei) {
+        GLenum pname = (GLenum)values[0].u;
+        if ((pname >= GL_UNPACK_SWAP_BYTES && pname <= GL_UNPACK_ALIGNMENT) || pname == GL_UNPACK_SKIP_IMAGES_EXT ||
+            pname == GL_UNPACK_IMAGE_HEIGHT_EXT)
+            ctx->glInfo.unpackParametersSet = 0;
+        else if ((pname >= GL_PACK_SWAP_BYTES && pname <= GL_PACK_ALIGNMENT) || pname == GL_PACK_SKIP_IMAGES_EXT ||
+                 pname == GL_PACK_IMAGE_HEIGHT_EXT)
+            ctx->glInfo.packParametersSet = 0;
+    }
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -487,10 +511,12 @@ void gls_decode_command(int opcode, uint8_t *args, uint32_t size)
     BinaryWalk walk = {args, args + size, false};
     WalkResult result = walk_binary(ctx, command, &walk, values, strings);
     static const GLSenum errors[] = {GLS_NONE, GLS_DECODE_ERROR, GLS_PARAMETER_ERROR, GLS_RESOURCE_ERROR};
-    if (result == WALK_OK)
+    if (result == WALK_OK) {
         command->call(ctx->callDispatch[opcode], values);
-    else
+        gls_note_pixel_store(ctx, opcode, values);
+    } else {
         gls_report_error(opcode, errors[result]);
+    }
     for (GlsString &s : strings)
         gls_string_free(&s);
 }

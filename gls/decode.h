@@ -146,6 +146,9 @@ size_t gls_element_size(GLenum type);
 // read of pixels, the pack state.
 void gls_prepare_unpack(GlsContext *ctx);
 void gls_prepare_pack(GlsContext *ctx);
+// After a command of the stream: one that changes the pixel-store state has the tight state
+// set again before the next image or read of pixels.
+void gls_note_pixel_store(GlsContext *ctx, int opcode, const GlsArgValue *values);
 // The area an output pointer of a read points GL to, big enough for what the command can write
 // there; the arguments before it are decoded. Null when no such area can be had.
 void *gls_out_area(GlsContext *ctx, int opcode, const GlsArgValue *values);

@@ -386,7 +386,9 @@ GLSenum gls_call_stream(const GLubyte *name)
     GLSenum type = GLS_NONE;
     GlsContextStream *context_stream = utf8 ? gls_find_context_stream(ctx, utf8) : nullptr;
     if (context_stream) {
-        if (context_stream->deletePending) {
+        // A stream being written is not read, as one being read is not written: each command
+        // read would be written to it again, behind the read, which would never end.
+        if (context_stream->deletePending || context_stream->writing) {
             gls_set_error(GLS_STATE_ERROR);
         } else {
             read_context_stream(ctx, context_stream);

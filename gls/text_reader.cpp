@@ -667,8 +667,10 @@ void gls_text_command(GlsReader *r, int opcode)
             break;
         }
     }
-    if (!r->error)
+    if (!r->error) {
         command->call(ctx->callDispatch[opcode], values);
+        gls_note_pixel_store(ctx, opcode, values);
+    }
 }
 
 static bool begin_statement(GlsReader *r)

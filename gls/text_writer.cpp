@@ -289,17 +289,27 @@ int gls_format_double(char *text, GLdouble value)
 // ---------------------------------------------------------------------------------------------
 // Element writers
 
-static void element_byte(GlsWriter *w, const void *e, GLenum) { put_signed(w, *(const GLbyte *)e); }
-static void element_ubyte(GlsWriter *w, const void *e, GLenum) { put_unsigned(w, *(const GLubyte *)e); }
-static void element_short(GlsWriter *w, const void *e, GLenum) { put_signed(w, *(const GLshort *)e); }
-static void element_ushort(GlsWriter *w, const void *e, GLenum) { put_unsigned(w, *(const GLushort *)e); }
-static void element_int(GlsWriter *w, const void *e, GLenum) { put_signed(w, *(const GLint *)e); }
-static void element_uint(GlsWriter *w, const void *e, GLenum) { put_unsigned(w, *(const GLuint *)e); }
-static void element_long(GlsWriter *w, const void *e, GLenum) { put_signed(w, *(const GLlong *)e); }
+// Elements may lie anywhere: a stream being read hands its commands' vectors where they lie,
+// and a damaged one need not keep them aligned.
+template <typename T>
+static inline T load(const void *e)
+{
+    T value;
+    memcpy(&value, e, sizeof value);
+    return value;
+}
+
+static void element_byte(GlsWriter *w, const void *e, GLenum) { put_signed(w, load<GLbyte>(e)); }
+static void element_ubyte(GlsWriter *w, const void *e, GLenum) { put_unsigned(w, load<GLubyte>(e)); }
+static void element_short(GlsWriter *w, const void *e, GLenum) { put_signed(w, load<GLshort>(e)); }
+static void element_ushort(GlsWriter *w, const void *e, GLenum) { put_unsigned(w, load<GLushort>(e)); }
+static void element_int(GlsWriter *w, const void *e, GLenum) { put_signed(w, load<GLint>(e)); }
+static void element_uint(GlsWriter *w, const void *e, GLenum) { put_unsigned(w, load<GLuint>(e)); }
+static void element_long(GlsWriter *w, const void *e, GLenum) { put_signed(w, load<GLlong>(e)); }
 
 static void element_boolean(GlsWriter *w, const void *e, GLenum)
 {
-    GLubyte value = *(const GLubyte *)e;
+    GLubyte value = load<GLubyte>(e);
     if (value == 0)
         PUT_LITERAL(w, "GL_FALSE");
     else if (value == 1)
@@ -346,12 +356,12 @@ static inline void put_float(GlsWriter *w, GLfloat value)
     w->writePos = put_float_at(w->floatTexts, w->writePos, value);
 }
 
-static void element_float(GlsWriter *w, const void *e, GLenum) { put_float(w, *(const GLfloat *)e); }
+static void element_float(GlsWriter *w, const void *e, GLenum) { put_float(w, load<GLfloat>(e)); }
 
 static void element_double(GlsWriter *w, const void *e, GLenum)
 {
     char text[32];
-    put_number_text(w, text, gls_format_double(text, *(const GLdouble *)e));
+    put_number_text(w, text, gls_format_double(text, load<GLdouble>(e)));
 }
 
 // By-enum values: these parameters take GL_FALSE and GL_TRUE, those a GL enumerant.
@@ -391,7 +401,7 @@ static bool put_by_enum_name(GlsWriter *w, GLenum pname, uint32_t value)
 
 static void element_int_by_enum(GlsWriter *w, const void *e, GLenum pname)
 {
-    GLint value = *(const GLint *)e;
+    GLint value = load<GLint>(e);
     if (value < 0 || !put_by_enum_name(w, pname, (uint32_t)value))
         put_signed(w, value);
 }
@@ -400,14 +410,14 @@ static bool whole_uint(double value) { return value >= 0 && value <= 4294967295.
 
 static void element_float_by_enum(GlsWriter *w, const void *e, GLenum pname)
 {
-    GLfloat value = *(const GLfloat *)e;
+    GLfloat value = load<GLfloat>(e);
     if (!whole_uint(value) || !put_by_enum_name(w, pname, (uint32_t)value))
         element_float(w, e, pname);
 }
 
 static void element_double_by_enum(GlsWriter *w, const void *e, GLenum pname)
 {
-    GLdouble value = *(const GLdouble *)e;
+    GLdouble value = load<GLdouble>(e);
     if (!whole_uint(value) || !put_by_enum_name(w, pname, (uint32_t)value))
         element_double(w, e, pname);
 }
@@ -493,7 +503,7 @@ static void text_float_vector(GlsWriter *w, GLuint count, const void *data)
             __builtin_memcpy(pos, ", ", 2);
             pos += 2;
         }
-        pos = put_float_at(texts, pos, v[i]);
+        pos = put_float_at(texts, pos, load<GLfloat>(v + i));
     }
     *pos++ = '}';
     w->writePos = pos;
@@ -712,17 +722,20 @@ static void put_mask(GlsWriter *w, GLbitfield value, const GlsNameValue *rows, i
             return;
         }
     }
+    // All names of a mask are longer than the reserve: each is an item of its own for the test.
     bool first = true;
     for (int i = 0; i < count; ++i) {
         if (value & rows[i].value) {
             value &= ~rows[i].value;
+            if (!item_room(w))
+                return;
             if (!first)
                 PUT_LITERAL(w, " | ");
             put_word(w, rows[i].name);
             first = false;
         }
     }
-    if (value) {
+    if (value && item_room(w)) {
         if (!first)
             PUT_LITERAL(w, " | ");
         put_hex(w, value);
@@ -807,7 +820,7 @@ static void text_string(GlsWriter *w, GLuint, const GLubyte *string)
     int width = !ctx || ctx->stringType == GLS_UCS1 ? 1 : ctx->stringType == GLS_UCS2 ? 2 : 4;
     put_char(w, '"');
     for (const uint8_t *p = string; p; p += width) {
-        uint32_t c = width == 1 ? *p : width == 2 ? *(const uint16_t *)p : *(const uint32_t *)p;
+        uint32_t c = width == 1 ? *p : width == 2 ? load<uint16_t>(p) : load<uint32_t>(p);
         if (c == 0)
             break;
         if (!item_room(w))
@@ -848,8 +861,8 @@ static void put_matrix(GlsWriter *w, const void *matrix, bool is_float)
         else
             PUT_LITERAL(w, ", ");
         char text[32];
-        int length = is_float ? gls_format_float(text, ((const GLfloat *)matrix)[i])
-                              : gls_format_double(text, ((const GLdouble *)matrix)[i]);
+        int length = is_float ? gls_format_float(text, load<GLfloat>((const GLfloat *)matrix + i))
+                              : gls_format_double(text, load<GLdouble>((const GLdouble *)matrix + i));
         put_text(w, text, (size_t)length);
         // Padding lines the columns up; the words for infinity and NaN stand unpadded.
         bool word = text[0] == 'G' || text[1] == 'G' || (text[0] == '0' && text[1] == 'x');

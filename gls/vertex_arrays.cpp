@@ -101,15 +101,16 @@ uint64_t gls_vertex_data_bytes(GLenum format, GLint count)
 
 // glInterleavedArrays in the shadow: the format's arrays on, with their pointers into the one
 // block, the others off (only the active unit's texture coordinates), as GL does.
+// The block's address may be anything, null too, so the parts' addresses are sums of numbers.
 static void keep_interleaved(GlsClientArray *array, bool on, GLint size, GLenum type, GLsizei stride,
-                             const GLubyte *pointer)
+                             const void *block, GLuint offset)
 {
     array->enabled = on;
     if (on) {
         array->size = size;
         array->type = type;
         array->stride = stride;
-        array->pointer = pointer;
+        array->pointer = (const GLubyte *)((uintptr_t)block + offset);
         array->count = 0;
     }
 }
@@ -120,14 +121,13 @@ void shadow_glInterleavedArrays(GlsContext *ctx, GLenum format, GLsizei stride, 
     if (row && stride >= 0) {
         GlsClientState *shadow = &ctx->clientState;
         GLsizei step = stride ? stride : (GLsizei)row->stride;
-        const GLubyte *block = (const GLubyte *)pointer;
         GLint unit = shadow->activeTexture >= 0 && shadow->activeTexture < GLS_TEXTURE_UNITS ? shadow->activeTexture : 0;
         shadow->edgeFlagArray.enabled = 0;
         shadow->indexArray.enabled = 0;
-        keep_interleaved(&shadow->colorArray, row->color, row->colorSize, row->colorType, step, block + row->colorOffset);
-        keep_interleaved(&shadow->normalArray, row->normal, 3, GL_FLOAT, step, block + row->normalOffset);
-        keep_interleaved(&shadow->texCoordArray[unit], row->texture, row->textureSize, GL_FLOAT, step, block);
-        keep_interleaved(&shadow->vertexArray, true, row->vertexSize, GL_FLOAT, step, block + row->vertexOffset);
+        keep_interleaved(&shadow->colorArray, row->color, row->colorSize, row->colorType, step, pointer, row->colorOffset);
+        keep_interleaved(&shadow->normalArray, row->normal, 3, GL_FLOAT, step, pointer, row->normalOffset);
+        keep_interleaved(&shadow->texCoordArray[unit], row->texture, row->textureSize, GL_FLOAT, step, pointer, 0);
+        keep_interleaved(&shadow->vertexArray, true, row->vertexSize, GL_FLOAT, step, pointer, row->vertexOffset);
     }
     if (gls_have_gl_context(ctx))
         CALL_GL(ctx, glInterleavedArrays, format, stride, pointer);

@@ -3,6 +3,7 @@
 #include "panel/panel.h"
 #include "panel/panel_text.h"
 #include "panel/resource.h"
+#include "panel/settings_file.h"
 
 #include <cstdio>
 #include <cstring>
@@ -64,53 +65,45 @@ static void check_menu(WindowHandle window, int item, bool on)
         CheckMenuItem(GetMenu((HWND)window), item, MF_BYCOMMAND | (on ? MF_CHECKED : MF_UNCHECKED));
 }
 
-// Lines are taken by position and no read is tested: a short file leaves the last numbers read
-// in place. Words are read with a bound, so that a long line ends a word, never the buffer.
+// The file is read whole first (settings_file.cpp); then its values go to the boxes, menus and
+// lists.
 void settings_load(const char *path)
 {
     FILE *file = fopen(path, "r");
     if (!file)
         return;
-    const thread_record *record = current_record();
-    char word[256] = "";
-    if (fscanf(file, "%255s", word) != 1 || strcmp(word, "quondale") != 0) {
+    static settings_values values;
+    bool valid = settings_read(file, &values);
+    fclose(file);
+    if (!valid) {
         panel_warning("%s is not valid.", path);
-        fclose(file);
         return;
     }
-    int value = 0;
-    for (const switch_line &line : switch_lines) {
-        fscanf(file, "%*s%d", &value);
+    const thread_record *record = current_record();
+    for (int line = 0; line < SETTINGS_SWITCH_LINES; ++line) {
         // Boxes only, without their commands: the fields follow at the user's next click.
-        if (line.field)
-            SendDlgItemMessageA((HWND)record->control_window, line.box, BM_SETCHECK,
-                                value != 0 ? BST_CHECKED : BST_UNCHECKED, 0);
+        if (switch_lines[line].field)
+            SendDlgItemMessageA((HWND)record->control_window, switch_lines[line].box, BM_SETCHECK,
+                                values.switches[line] != 0 ? BST_CHECKED : BST_UNCHECKED, 0);
     }
-    fscanf(file, "%*s%255s", word);
-    check_menu(record->call_count_window, IDM_NON_ZERO_CALLS, strcmp(word, "ALL") != 0);
+    check_menu(record->call_count_window, IDM_NON_ZERO_CALLS, strcmp(values.call_count_show, "ALL") != 0);
     if (record->per_proc->shown[SHOWN_CALL_COUNT] == 1 && record->call_count_window)
         SendMessageA((HWND)record->call_count_window, WM_PANEL_REFRESH, 0, 0);
-    fscanf(file, "%*s%d", &value);
-    check_menu(record->state_select_window, IDM_NON_DEFAULT_STATE, value != 0);
-    fscanf(file, "%*s%d", &value);
-    check_menu(record->state_select_window, IDM_DIFF_FROM_SNAPSHOT, value != 0);
+    check_menu(record->state_select_window, IDM_NON_DEFAULT_STATE, values.state_non_default != 0);
+    check_menu(record->state_select_window, IDM_DIFF_FROM_SNAPSHOT, values.state_snap_diff != 0);
     if (record->per_proc->shown[SHOWN_STATE_SELECT] == 1 && record->state_select_window)
         SendMessageA((HWND)record->state_select_window, WM_PANEL_REFRESH, 0, 0);
-    for (int section = 0; section < 3; ++section) {
-        fscanf(file, "%*s");
+    for (int section = 0; section < SETTINGS_SECTIONS; ++section) {
         selection chosen = select_for_settings(section);
-        int columns[4] = {0, 0, 0, 0};
+        const settings_section &read = values.sections[section];
         for (int row = 0; row < GL_CALL_COUNT; ++row) {
-            fscanf(file, "%*s %d %d %d %d", &columns[0], &columns[1], &columns[2], &columns[3]);
             // A 0 does not deselect: a load adds to the list box's selection.
-            if (columns[0] == 1 && chosen.list)
+            if (read.selected[row] && chosen.list)
                 SendMessageA(chosen.list, LB_SETSEL, TRUE, row);
-            for (int set = 0; set < 3; ++set)
-                chosen.sets[row][set] = (uint8_t)columns[set + 1];
+            memcpy(chosen.sets[row], read.sets[row], 3);
         }
         select_take_over(section);
     }
-    fclose(file);
 }
 
 void load_start_settings(thread_record *)

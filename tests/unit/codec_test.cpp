@@ -148,6 +148,20 @@ TEST_F(Codec, MasksWriteTheirBitsInTableOrder)
               "glPushAttrib(GL_FOG_BIT | GL_MULTISAMPLE_BIT_EXT);\n"
               "glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);\n"
               "glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);\n");
+
+    // Every name of the table is longer than the buffer's reserve: such a mask fits wherever
+    // in the buffer it starts, which comments of every length before it move about.
+    capture();
+    dispatch_glPushAttrib(0xFFFFFFFE);
+    std::string mask = text(), expected;
+    capture();
+    for (int length = 0; length < 400; ++length) {
+        std::string comment(length, 'x');
+        dispatch_glsComment((const GLubyte *)comment.c_str());
+        dispatch_glPushAttrib(0xFFFFFFFE);
+        expected += "glsComment(\"" + comment + "\");\n" + mask;
+    }
+    EXPECT_EQ(text(), expected);
 }
 
 TEST_F(Codec, FloatsFollowTheNumberRule)

@@ -253,6 +253,22 @@ TEST_F(Reader, ImagesKeepTheirDataThroughEveryForm)
     EXPECT_EQ(glsGetError(), GLS_NONE);
 }
 
+// The stream holds every image tight: where it sets the unpack state itself, the tight state
+// comes again before its next image, so that GL reads no more than the stream holds.
+TEST_F(Reader, AStreamsOwnPixelStoreIsUndoneBeforeItsNextImage)
+{
+    const std::string images = "glsBeginGLS(1, 0);\n"
+                               "glDrawPixels(GLS_NONE)(1, 1, GL_LUMINANCE, GL_UNSIGNED_BYTE, {7});\n"
+                               "glPixelStorei(GL_UNPACK_ROW_LENGTH, 4);\n"
+                               "glDrawPixels(GLS_NONE)(1, 2, GL_LUMINANCE, GL_UNSIGNED_BYTE, {8, 9});\n"
+                               "glsEndGLS();\n";
+    record();
+    std::string played = as_played(images, "glDrawPixels(");
+    played = as_played(played, "glDrawPixels(GLS_NONE)(1, 2");
+    EXPECT_EQ(play(GLS_TEXT, images), played);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+}
+
 std::string fed;
 size_t fed_at;
 
@@ -400,6 +416,16 @@ TEST_F(Reader, BinaryStreamsOfBothByteOrdersAndMixedGroups)
         EXPECT_EQ(play(big ? GLS_BINARY_MSB_FIRST : GLS_BINARY_LSB_FIRST, sample_group(big).bytes), expected);
         EXPECT_EQ(glsGetError(), GLS_DECODE_ERROR);
     }
+}
+
+TEST_F(Reader, DoublesOutOfTheirPlaceStillRead)
+{
+    // A damaged stream need not keep its doubles aligned: glEnd puts them at 4 modulo 8.
+    Bytes b;
+    b.big = false;
+    b.word(0).word(OP_glsBeginGLS).word(20).word(1).word(0).half(OP_glEnd, 4).half(OP_glColor3dv, 28).doubles({1, 2, 3});
+    EXPECT_EQ(copy(GLS_BINARY_LSB_FIRST, b.bytes, GLS_TEXT),
+              "glsBeginGLS(1, 0);\nglEnd();\nglColor3dv({1, 2, 3});\nglsEndGLS();\n");
 }
 
 TEST_F(Reader, ACommandLargerThanTheBufferGrowsIt)
@@ -569,6 +595,18 @@ TEST_F(Reader, LyingLengthsAndCountsAreRefused)
     glsGetError();
     EXPECT_EQ(play(GLS_TEXT, "glsBeginGLS(1, 0);\nglsNumbv(\"t\", 1073741824, {1, 2});\nglsComment(\"open"),
               "glsBeginGLS(1, 0);\nglsError(GLS_OP_glsNumbv, GLS_DECODE_ERROR);\nglsError(GLS_OP_glsComment, GLS_DECODE_ERROR);\n");
+    // Evaluator points are read as far as the strides reach, which the stream's own writer
+    // keeps tight; a copy makes them tight again.
+    EXPECT_EQ(play(GLS_TEXT, "glsBeginGLS(1, 0);\n"
+                             "glMap1f(GL_MAP1_VERTEX_3, 0, 1, 4, 2, {1, 2, 3, 0, 4, 5, 6});\n"
+                             "glMap1f(GL_MAP1_VERTEX_3, 0, 1, 1000, 2, {1, 2, 3, 4, 5, 6});\n"),
+              "glsBeginGLS(1, 0);\n"
+              "glMap1f(GL_MAP1_VERTEX_3, 0, 1, 3, 2, {\n    1, 2, 3, 4, 5, 6\n});\n"
+              "glsError(GLS_OP_glMap1f, GLS_DECODE_ERROR);\n");
+    // An area that GL would fill is made only up to 256 MB: a few bytes ask for no gigabytes.
+    EXPECT_EQ(play(GLS_TEXT, "glsBeginGLS(1, 0);\nglFeedbackBuffer(100000000, GL_3D, 0x10);\n"),
+              "glsBeginGLS(1, 0);\nglsError(GLS_OP_glFeedbackBuffer, GLS_RESOURCE_ERROR);\n");
+    glsGetError();
     static const char nul_bytes[] = "glsBeginGLS(1, 0);\nglEnd();\0\0glFlush();glFinish();\n";
     std::string nul(nul_bytes, sizeof nul_bytes - 1);
     EXPECT_EQ(play(GLS_TEXT, nul), "glsBeginGLS(1, 0);\nglEnd();\nglsError(0, GLS_DECODE_ERROR);\nglFinish();\n");
@@ -598,6 +636,9 @@ TEST_F(Reader, NestingStopsAtSixtyFourAndAbortsTheRest)
     EXPECT_EQ(take_recorded(), begins) << "the 65th read aborts everything behind it";
     EXPECT_FALSE(glsIsEnabled(GLS_ABORT_CALL));
     EXPECT_EQ(glsGeti(GLS_CALL_NESTING), 0);
+    // Nor is a stream read while it is written: a copy onto itself would never end.
+    glsCopyStream((const GLubyte *)"self", (const GLubyte *)"self", GLS_CONTEXT, GLS_WRITE_APPEND);
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
 }
 
 // ---------------------------------------------------------------------------------------------
