@@ -85,6 +85,20 @@ static DWORD WINAPI press_continue(void *)
     return 0;
 }
 
+// One frame of the workload; returns its number of calls.
+static int draw_frame()
+{
+    glBegin(GL_TRIANGLES);
+    for (int i = 0; i < TRIANGLES_PER_FRAME * 3; ++i) {
+        float x = (float)(i % 97) / 97.0f, y = (float)(i % 89) / 89.0f;
+        glColor3f(x, y, 0.5f);
+        glNormal3f(0.0f, 0.0f, 1.0f);
+        glVertex3f(x * 2 - 1, y * 2 - 1, 0.0f);
+    }
+    glEnd();
+    return 2 + TRIANGLES_PER_FRAME * 9;
+}
+
 static double run_workload()
 {
     // A session halts at its first GL call: that wait for Continue stays out of the timing, and
@@ -95,17 +109,8 @@ static double run_workload()
     QueryPerformanceFrequency(&frequency);
     QueryPerformanceCounter(&start);
     long long calls = 0;
-    for (int frame = 0; frame < frames; ++frame) {
-        glBegin(GL_TRIANGLES);
-        for (int i = 0; i < TRIANGLES_PER_FRAME * 3; ++i) {
-            float x = (float)(i % 97) / 97.0f, y = (float)(i % 89) / 89.0f;
-            glColor3f(x, y, 0.5f);
-            glNormal3f(0.0f, 0.0f, 1.0f);
-            glVertex3f(x * 2 - 1, y * 2 - 1, 0.0f);
-        }
-        glEnd();
-        calls += 2 + TRIANGLES_PER_FRAME * 9;
-    }
+    for (int frame = 0; frame < frames; ++frame)
+        calls += draw_frame();
     glFinish();
     QueryPerformanceCounter(&end);
     double seconds = (double)(end.QuadPart - start.QuadPart) / (double)frequency.QuadPart;
@@ -123,17 +128,8 @@ static void report_memory()
     long long calls = 0, step = (long long)frames * (2 + TRIANGLES_PER_FRAME * 9) / 10;
     printf("%14s %16s %16s\n", "calls", "working set KB", "private KB");
     for (int tenth = 1; tenth <= 10; ++tenth) {
-        for (long long target = step * tenth; calls < target;) {
-            glBegin(GL_TRIANGLES);
-            for (int i = 0; i < TRIANGLES_PER_FRAME * 3; ++i) {
-                float x = (float)(i % 97) / 97.0f, y = (float)(i % 89) / 89.0f;
-                glColor3f(x, y, 0.5f);
-                glNormal3f(0.0f, 0.0f, 1.0f);
-                glVertex3f(x * 2 - 1, y * 2 - 1, 0.0f);
-            }
-            glEnd();
-            calls += 2 + TRIANGLES_PER_FRAME * 9;
-        }
+        while (calls < step * tenth)
+            calls += draw_frame();
         PROCESS_MEMORY_COUNTERS counters = {};
         counters.cb = sizeof counters;
         K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);

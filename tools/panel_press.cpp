@@ -65,16 +65,16 @@ static void text_of(HWND dialog, int id, char *text, int size)
 static int stress(HWND control, DWORD limit)
 {
     static const int choices[] = {IDC_HALT, IDC_STEP, IDC_SKIP, IDC_CONTINUE};
-    uint32_t seed = GetTickCount() | 1;
+    uint32_t state = GetTickCount() | 1;
     unsigned presses = 0;
     for (DWORD start = GetTickCount(); GetTickCount() - start < limit; ++presses) {
         if (!IsWindow(control)) {
             fprintf(stderr, "panel_press: the control window went away after %u presses\n", presses);
             return 1;
         }
-        seed = seed * 1103515245u + 12345u;
-        SendDlgItemMessageA(control, choices[(seed >> 16) % 4], BM_CLICK, 0, 0);
-        Sleep((seed >> 8) % 40);
+        state = state * 1103515245u + 12345u;
+        SendDlgItemMessageA(control, choices[(state >> 16) % 4], BM_CLICK, 0, 0);
+        Sleep((state >> 8) % 40);
     }
     SendDlgItemMessageA(control, IDC_CONTINUE, BM_CLICK, 0, 0);
     printf("%u presses\n", presses);
