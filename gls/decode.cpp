@@ -467,7 +467,10 @@ static WalkResult walk_binary(GlsContext *ctx, const GlsCommandDesc *command, Bi
         case GLS_ARG_STRING: {
             if (string_index >= GLS_MAX_STRING_ARGS)
                 return WALK_SHORT;
-            WalkResult result = string_argument(ctx, w, &strings[string_index++], w->swap ? nullptr : &value->p);
+            // The swap pass keeps no strings.
+            GlsString *scratch = strings ? &strings[string_index] : nullptr;
+            ++string_index;
+            WalkResult result = string_argument(ctx, w, scratch, w->swap ? nullptr : &value->p);
             if (result != WALK_OK)
                 return result;
             break;
