@@ -71,6 +71,9 @@ static void put_image(GlsWriter *w, GLboolean swapBytes, GLuint elementsPerRow, 
         put_zeros(w, (size_t)elementsPerRow * rows * images * volumes * sizeof(T));
         return;
     }
+    // An empty image is empty at once, however many of its other sides a stream claims.
+    if ((uint64_t)elementsPerRow * rows * images * volumes == 0)
+        return;
     bool reverse = sizeof(T) > 1 && (Swap ? !swapBytes : swapBytes);
     const uint8_t *p = (const uint8_t *)data;
     for (GLuint v = 0; v < volumes; ++v, p += volumeGap)

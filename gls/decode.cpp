@@ -196,7 +196,7 @@ void gls_report_unsupported(const char *name)
 static const uint64_t OUT_AREA_SIZE = 65536;
 // The most a stream may have GL write back at once, a few framebuffers' worth: beyond it the
 // command fails as an allocation would, since a dozen bytes of stream must not cost gigabytes.
-static const uint64_t OUT_AREA_LIMIT = 256u << 20;
+static const uint64_t OUT_AREA_LIMIT = 240u << 20;
 
 enum : int { SCRATCH_OUT = 1, SCRATCH_FEEDBACK = 2, SCRATCH_SELECT = 3 };
 
