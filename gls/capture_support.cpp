@@ -138,7 +138,9 @@ GlsMapLayout gls_map2_layout(GLenum target, GLint ustride, GLint uorder, GLint v
     map.vstride = vstride;
     // Spans in 64 bits: strides and orders come from the application, and may be anything.
     int64_t vspan = (int64_t)vstride * vorder, uspan = (int64_t)ustride * uorder;
-    bool tight_v = (int64_t)k * vorder <= INT32_MAX, tight_u = (int64_t)k * uorder <= INT32_MAX;
+    // A map of no positive order has no points to lay out.
+    bool tight_v = vorder > 0 && (int64_t)k * vorder <= INT32_MAX;
+    bool tight_u = uorder > 0 && (int64_t)k * uorder <= INT32_MAX;
     if (k && tight_v && vstride >= k && ustride >= vspan) {
         // v runs fastest: each u is an image of vorder rows.
         map.k = k;

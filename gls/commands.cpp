@@ -5,6 +5,8 @@
 #include "gls/gls_string.h"
 #include "gls/tables.h"
 
+#include <cstring>
+
 static GlsContext *context_or_error()
 {
     GlsContext *ctx = gls_current();
@@ -134,8 +136,12 @@ void GLS_APIENTRY execute_glsHeaderfv(GLSenum inAttrib, const GLfloat *inVec)
         gls_set_error(GLS_PARAMETER_ERROR);
         return;
     }
-    for (int i = 0; i < count; ++i)
-        target[i] = positive_or_zero(inVec[i]);
+    // A stream hands its vector where it lies, aligned or not.
+    for (int i = 0; i < count; ++i) {
+        GLfloat value;
+        memcpy(&value, inVec + i, sizeof value);
+        target[i] = positive_or_zero(value);
+    }
 }
 
 GLint *gls_header_int(GlsHeader *header, GLSenum attrib)
@@ -191,8 +197,11 @@ void GLS_APIENTRY execute_glsHeaderiv(GLSenum inAttrib, const GLint *inVec)
         return;
     }
     if (inAttrib == GLS_CREATE_TIME) {
-        for (int i = 0; i < 6; ++i)
-            header->createTime[i] = positive_or_zero(inVec[i]);
+        for (int i = 0; i < 6; ++i) {
+            GLint value;
+            memcpy(&value, inVec + i, sizeof value);
+            header->createTime[i] = positive_or_zero(value);
+        }
         return;
     }
     GLint *target = gls_header_int(header, inAttrib);
@@ -200,7 +209,9 @@ void GLS_APIENTRY execute_glsHeaderiv(GLSenum inAttrib, const GLint *inVec)
         gls_set_error(GLS_PARAMETER_ERROR);
         return;
     }
-    *target = header_is_flag(inAttrib) ? (inVec[0] != 0) : positive_or_zero(inVec[0]);
+    GLint value;
+    memcpy(&value, inVec, sizeof value);
+    *target = header_is_flag(inAttrib) ? (value != 0) : positive_or_zero(value);
 }
 
 void GLS_APIENTRY execute_glsRequireExtension(const GLubyte *inExtension)
