@@ -123,13 +123,14 @@ struct GlsWriter;
 struct GlsPrefix;
 
 // Recent float texts of a context by bit pattern: programs send the same few values over and
-// over, and a float's text is the dearest part of a call's. Length 0 marks an empty entry.
+// over, and a float's text is the dearest part of a call's. Length 0 marks an empty entry. Two
+// entries share a hash, the more recent first: two values that meet there often keep both.
 struct GlsFloatText {
     uint32_t bits;
     uint32_t length;
     char text[16];
 };
-enum : int { GLS_FLOAT_TEXT_BITS = 11, GLS_FLOAT_TEXT_COUNT = 1 << GLS_FLOAT_TEXT_BITS };
+enum : int { GLS_FLOAT_TEXT_BITS = 10, GLS_FLOAT_TEXT_COUNT = 2 << GLS_FLOAT_TEXT_BITS };
 
 struct GlsContext {
     GlsContext *listNext;

@@ -334,17 +334,25 @@ static inline uint8_t *put_float_at(GlsFloatText *texts, uint8_t *pos, GLfloat v
 {
     uint32_t bits;
     memcpy(&bits, &value, 4);
-    GlsFloatText *entry = &texts[(bits * 0x9E3779B1u) >> (32 - GLS_FLOAT_TEXT_BITS)];
+    GlsFloatText *entry = &texts[((bits * 0x9E3779B1u) >> (32 - GLS_FLOAT_TEXT_BITS)) * 2];
     if (entry->bits != bits || entry->length == 0) {
-        char text[32];
-        int length = gls_format_float(text, value);
-        if (length >= (int)sizeof entry->text) {
-            __builtin_memcpy(pos, text, 32);
-            return pos + length;
+        GlsFloatText *older = entry + 1;
+        GlsFloatText found;
+        if (older->bits == bits && older->length != 0) {
+            found = *older;
+        } else {
+            char text[32];
+            int length = gls_format_float(text, value);
+            if (length >= (int)sizeof entry->text) {
+                __builtin_memcpy(pos, text, 32);
+                return pos + length;
+            }
+            __builtin_memcpy(found.text, text, sizeof found.text);
+            found.bits = bits;
+            found.length = (uint32_t)length;
         }
-        __builtin_memcpy(entry->text, text, sizeof entry->text);
-        entry->bits = bits;
-        entry->length = (uint32_t)length;
+        *older = *entry;
+        *entry = found;
     }
     __builtin_memcpy(pos, entry->text, sizeof entry->text);
     return pos + entry->length;

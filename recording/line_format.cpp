@@ -105,8 +105,37 @@ static void output_line(history_sink *out, int indent, const char *text, int cou
         output_put(out, HISTORY_LINE_END, (int)sizeof HISTORY_LINE_END - 1);
 }
 
+// The usual piece: one statement at depth 0, its only line feed at its end. Its words are
+// copied while they are searched for another line feed; one found leaves the sink as it was.
+static bool put_one_line(history_sink *out, int count, const char *text)
+{
+    const int line_end = (int)sizeof HISTORY_LINE_END - 1;
+    int last = count - 1;
+    if (last < 8 || count > 256 || text[last] != '\n' || last + line_end > HISTORY_SINK_SIZE - out->used)
+        return false;
+    const uint64_t ones = 0x0101010101010101ull, highs = 0x8080808080808080ull, feeds = ones * '\n';
+    char *to = out->data + out->used;
+    auto take = [&](int at) {
+        uint64_t word;
+        __builtin_memcpy(&word, text + at, 8);
+        uint64_t x = word ^ feeds;
+        __builtin_memcpy(to + at, &word, 8);
+        return ((x - ones) & ~x & highs) == 0;
+    };
+    for (int i = 0; i + 8 < last; i += 8)
+        if (!take(i))
+            return false;
+    if (!take(last - 8)) // the last word overlaps the one before
+        return false;
+    __builtin_memcpy(to + last, HISTORY_LINE_END, line_end);
+    out->used += last + line_end;
+    return true;
+}
+
 void history_format(history_sink *out, int count, const char *text, int call_depth, bool limit_data_dumps)
 {
+    if (call_depth <= 0 && !limit_data_dumps && put_one_line(out, count, text))
+        return;
     char shortened[SHORTEN_BUFFER];
     if (limit_data_dumps && shorten_data(count, text, shortened)) {
         text = shortened;

@@ -50,6 +50,9 @@ TEST(HistoryLines, StatementsGetCarriageReturnLineEnds)
     EXPECT_EQ(history({"a\nb"}), "a\r\nb\r\n");
     EXPECT_EQ(history({"glColor4fv({\n    1, 2, 3, 4, 5\n});\n"}),
               "glColor4fv({\r\n    1, 2, 3, 4, 5\r\n});\r\n");
+    // Line feeds in the last eight bytes, and a piece of one byte more than a word.
+    EXPECT_EQ(history({"glEnd();\nx;\n", "glFlush\n"}), "glEnd();\r\nx;\r\nglFlush\r\n");
+    EXPECT_EQ(history({"glFlush;\n\n"}), "glFlush;\r\n\r\n");
 }
 
 TEST(HistoryLines, CallsInsideGluAreIndentedByDepth)
