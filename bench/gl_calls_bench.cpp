@@ -5,7 +5,8 @@
 //   debugged     a session, Continue pressed, History off
 //   history      a session, Continue pressed, History on: every call recorded to the history
 // `gl_calls_bench memory MODE FRAMES` reports the memory of one run in MODE instead.
-// With no mode (or a number of rounds) it runs all four, each as a fresh process, in turns for
+// With no mode (or a number of rounds, and of frames a run) it runs all four, each as a fresh
+// process, in turns for
 // several rounds, and prints the minimum and median nanoseconds per call and their ratios to the
 // direct run.
 #include <windows.h>
@@ -228,7 +229,7 @@ static double measure(const char *mode)
         CopyFileA(exe, copy.c_str(), FALSE);
         program = copy;
     }
-    std::string command = "\"" + program + "\" " + mode;
+    std::string command = "\"" + program + "\" " + mode + " " + std::to_string(frames);
     SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
     HANDLE read_end, write_end;
     CreatePipe(&read_end, &write_end, &inherit, 0);
@@ -269,6 +270,8 @@ int main(int argc, char **argv)
     // The modes take turns, round after round, so that a slow moment of the machine falls on all
     // of them alike; the minimum and the median of each tell the cost.
     int rounds = argc > 1 ? atoi(argv[1]) : 5;
+    if (argc > 2)
+        frames = atoi(argv[2]);
     CreateDirectoryA(run_temp().c_str(), nullptr);
     SetEnvironmentVariableA("TEMP", run_temp().c_str());
     const char *modes[] = {"direct", "nosession", "debugged", "history"};
