@@ -6,9 +6,8 @@
 //   history      a session, Continue pressed, History on: every call recorded to the history
 // `gl_calls_bench memory MODE FRAMES` reports the memory of one run in MODE instead.
 // With no mode (or a number of rounds, and of frames a run) it runs all four, each as a fresh
-// process, in turns for
-// several rounds, and prints the minimum and median nanoseconds per call and their ratios to the
-// direct run.
+// process, in turns for several rounds, and prints the minimum and median nanoseconds per call
+// and their ratios to the direct run.
 #include <windows.h>
 #include <psapi.h>
 
