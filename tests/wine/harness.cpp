@@ -534,6 +534,14 @@ HWND find_dialog(const char *title, DWORD thread, DWORD timeout_ms)
     }
 }
 
+HWND need_dialog(const char *title)
+{
+    HWND dialog = find_dialog(title);
+    if (!dialog)
+        give_up(("no " + std::string(title) + " window").c_str());
+    return dialog;
+}
+
 static HWND the_control_window;
 
 HWND control_window()

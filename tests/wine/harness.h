@@ -154,6 +154,8 @@ void start_driver(void (*scenario)());
 // The visible top-level window of this process titled title, waited for; null after the
 // timeout. A thread other than 0 picks the control window whose banner names that thread.
 HWND find_dialog(const char *title, DWORD thread = 0, DWORD timeout_ms = PANEL_WAIT_MS);
+// find_dialog for a window the driver cannot go on without: it gives up when none comes.
+HWND need_dialog(const char *title);
 // The control window of this process; the driver gives up without one.
 HWND control_window();
 

@@ -13,9 +13,7 @@ static void select_items()
     HWND control = control_window();
     expect_halt_at(control, "glClear(GL_COLOR_BUFFER_BIT);");
     click(control, IDC_TRACE_SETUP);
-    HWND trace = find_dialog("Select GL Trace");
-    if (!trace)
-        give_up("no Select GL Trace window");
+    HWND trace = need_dialog("Select GL Trace");
     for (int id : {IDM_SHOW_PROBLEMS, IDM_SHOW_PROBLEMS, IDM_SHOW_HINTS, IDM_SHOW_HINTS, IDM_SHOW_DATA_ADDRESS})
         menu(trace, id);
     click(trace, IDD_TRACE_SELECT - 1 + SELECT_CANCEL);

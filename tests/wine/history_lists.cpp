@@ -21,9 +21,7 @@ static void scenario()
     if (!contexts)
         give_up("no Select GL Context window for the lists");
     select_row(contexts, IDC_LIST_CONTEXT_LIST, 0);
-    HWND lists = find_dialog("Select Display List");
-    if (!lists)
-        give_up("no Select Display List window");
+    HWND lists = need_dialog("Select Display List");
     std::string names;
     for (const std::string &name : list_rows(lists, IDC_LIST_SELECT_LIST))
         names += name + "\n";
@@ -39,9 +37,7 @@ static void scenario()
     };
     for (int row = 0; row < 3; ++row) {
         select_row(lists, IDC_LIST_SELECT_LIST, row);
-        HWND window = find_dialog("Display List");
-        if (!window)
-            give_up("no Display List window");
+        HWND window = need_dialog("Display List");
         check_text("a list's head line", control_text(window, IDC_LIST_HEAD), expected[row].head);
         check_text("a list's calls", control_text(window, IDC_LIST_TEXT), expected[row].calls);
         if (row == 0) {

@@ -9,9 +9,7 @@
 static void check_primitive_count(HWND control)
 {
     menu(control, IDM_PRIMITIVE_COUNT);
-    HWND window = find_dialog("Primitive Count");
-    if (!window)
-        give_up("no Primitive Count window");
+    HWND window = need_dialog("Primitive Count");
     // GL_LINES with 5 vertices, GL_QUADS with 7, GL_TRIANGLE_STRIP with 2 (too few), GL_LINE_LOOP
     // with none, glDrawArrays(GL_TRIANGLES, 0, 6).
     const std::string expected = "Total Points = 0\r\n"
@@ -60,9 +58,7 @@ static std::string rows_text(HWND window)
 static void check_call_count(HWND control)
 {
     menu(control, IDM_CALL_COUNT);
-    HWND window = find_dialog("Call Count");
-    if (!window)
-        give_up("no Call Count window");
+    HWND window = need_dialog("Call Count");
     // In the list's order, the rows of every function called: scalar forms under their vector
     // form, glBindTexture and glDrawArrays on their EXT rows, Wine's pixel-format calls on the
     // WGL rows; glFlush, where the program stands, not yet.

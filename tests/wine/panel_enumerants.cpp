@@ -19,9 +19,7 @@ static void scenario()
     expect_halt_at(control, "glClear(GL_COLOR_BUFFER_BIT);");
     check(find_dialog("Enumerates", 0, 200) == nullptr, "the Enumerates window is shown at start");
     menu(control, IDM_ENUMERANTS);
-    HWND window = find_dialog("Enumerates");
-    if (!window)
-        give_up("no Enumerates window");
+    HWND window = need_dialog("Enumerates");
     std::vector<std::string> rows = list_rows(window, IDC_ENUM_LIST);
     check(rows.size() == 638, "%d rows, expected 638", (int)rows.size());
     screenshot(window, "enumerates");

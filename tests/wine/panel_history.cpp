@@ -9,17 +9,13 @@
 static HWND open_history_of(HWND control, int row)
 {
     menu(control, IDM_CALL_HISTORY);
-    HWND select = find_dialog("Select GL Context");
-    if (!select)
-        give_up("no Select GL Context window");
+    HWND select = need_dialog("Select GL Context");
     std::string contexts;
     for (const std::string &name : list_rows(select, IDC_HISTORY_SELECT_LIST))
         contexts += name + "\n";
     check_text("the context list", contexts, "GL context 1\nGL context 2\n");
     select_row(select, IDC_HISTORY_SELECT_LIST, row);
-    HWND history = find_dialog("Call History");
-    if (!history)
-        give_up("no Call History window");
+    HWND history = need_dialog("Call History");
     return history;
 }
 

@@ -33,9 +33,7 @@ static void scenario()
     expect_halt_at(control, "glFlush();");
 
     menu(control, IDM_STATE);
-    HWND select = find_dialog("Select State");
-    if (!select)
-        give_up("no Select State window");
+    HWND select = need_dialog("Select State");
     check_text("the rows that differ from the defaults", rows_text(select),
                "glGet(GL_CULL_FACE)\nglGet(GL_LINE_WIDTH)\nglGet(GL_MODELVIEW_MATRIX)\n");
     screenshot(select, "select_state");
@@ -46,9 +44,7 @@ static void scenario()
     check_text("row 382", all.size() > 382 ? all[382] : "", "glGetPolygonStipple()");
 
     pick(select, "glGet(GL_MODELVIEW_MATRIX)");
-    HWND value = find_dialog("State");
-    if (!value)
-        give_up("no State window");
+    HWND value = need_dialog("State");
     check_text("the row's name", control_text(value, IDC_STATE_NAME), "glGet(GL_MODELVIEW_MATRIX)");
     check_text("the matrix now", control_text(value, IDC_STATE_CURRENT),
                "1.0000 0.0000 0.0000 0.0000\r\n0.0000 1.0000 0.0000 0.0000\r\n"

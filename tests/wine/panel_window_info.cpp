@@ -69,9 +69,7 @@ static void scenario()
     HWND control = control_window();
     expect_halt_at(control, "glClear(GL_COLOR_BUFFER_BIT);");
     menu(control, IDM_WINDOW);
-    HWND window = find_dialog("Window Information");
-    if (!window)
-        give_up("no Window Information window");
+    HWND window = need_dialog("Window Information");
     check(described.iPixelType == PFD_TYPE_RGBA, "the window's format is not RGBA");
     check_text("the Window Information", control_text(window, IDC_WINDOW_INFO_TEXT), window_text(described));
     screenshot(window, "window_information");

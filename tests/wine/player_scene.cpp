@@ -25,9 +25,7 @@ static void scenario()
     HWND control = control_window();
     expect_halt_at(control, "glViewport(0, 0, 200, 150);");
     click(control, IDC_TRACE_SETUP);
-    HWND traces = find_dialog("Select GL Trace");
-    if (!traces)
-        give_up("no Select GL Trace window");
+    HWND traces = need_dialog("Select GL Trace");
     // Each item's first choice posts the opposite of its new mark; the second turns it on.
     for (int item : {IDM_CAPTURE_VERTEX_ARRAYS, IDM_SHOW_HINTS}) {
         menu(traces, item);
@@ -39,15 +37,11 @@ static void scenario()
     expect_halt_at(control, "glFlush();");
 
     menu(control, IDM_PRIMITIVE_COUNT);
-    HWND primitives = find_dialog("Primitive Count");
-    if (!primitives)
-        give_up("no Primitive Count window");
+    HWND primitives = need_dialog("Primitive Count");
     save("primcount.txt", control_text(primitives, IDC_PRIM_COUNT_TEXT));
     click(primitives, IDC_PRIM_COUNT_CLOSE);
     menu(control, IDM_CALL_COUNT);
-    HWND calls = find_dialog("Call Count");
-    if (!calls)
-        give_up("no Call Count window");
+    HWND calls = need_dialog("Call Count");
     std::string rows;
     for (const std::string &row : list_rows(calls, IDC_CALL_COUNT_LIST))
         rows += row + "\n";
