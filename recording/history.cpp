@@ -41,7 +41,7 @@ void history_open(thread_record *record, bool truncate)
         fatal_report("gls", __LINE__, "Could not open %s.", name);
         session_exit(1);
     }
-    // Lines reach the file through the sink: one copy a line, a write every 64 KB and wherever
+    // Lines reach the file through the sink: one copy a line, a write every 1 MB and wherever
     // the file is read (halts, swaps, long pieces).
     if (!gl->history_pending) {
         gl->history_pending = (history_sink *)block_alloc(sizeof(history_sink));
