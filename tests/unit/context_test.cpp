@@ -237,26 +237,6 @@ TEST(Dispatch, CaptureFunctionExecutesInsideTheGuard)
     EXPECT_EQ(last_mask, 16384u);
 }
 
-int entry_calls;
-void lower_flags_on_entry(GLSopcode opcode)
-{
-    ++entry_calls;
-    glsCaptureFlags(opcode, 0);
-}
-
-TEST(Dispatch, EntryCallbackMayChangeTheFlags)
-{
-    FakeClear fake;
-    ScopedContext scope;
-    entry_calls = 0;
-    glsCaptureFunc(GLS_CAPTURE_ENTRY_FUNC, lower_flags_on_entry);
-    glsCaptureFlags(OP_glClear, 5); // callbacks and execute
-    ((fn_glClear)gls_current()->captureFuncs[OP_glClear])(1);
-    EXPECT_EQ(entry_calls, 1);
-    EXPECT_EQ(real_clear_calls, 0); // the callback took the execute bit away
-    glsCaptureFunc(GLS_CAPTURE_ENTRY_FUNC, nullptr);
-}
-
 TEST(CommandFunc, CallAndCaptureOverridesAndTheirDefaults)
 {
     FakeClear fake;
@@ -281,25 +261,6 @@ TEST(CommandFunc, CallAndCaptureOverridesAndTheirDefaults)
     EXPECT_EQ(glsGetError(), GLS_UNSUPPORTED_COMMAND);
     glsCommandFunc(999, OP_glClear, nullptr);
     EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
-}
-
-TEST(Capture, NestingStopsAtSixteenAndEndNeedsAnOpenCapture)
-{
-    ScopedContext scope;
-    glsWriteFunc(discard_bytes);
-    glsEndCapture();
-    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
-    for (int i = 0; i < 16; ++i)
-        ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 2));
-    GlsWriter *top = gls_current()->currentWriter;
-    EXPECT_FALSE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 2));
-    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
-    EXPECT_EQ(gls_current()->captureNesting, 16);
-    EXPECT_EQ(gls_current()->currentWriter, top);
-    for (int i = 0; i < 16; ++i)
-        glsEndCapture();
-    EXPECT_EQ(gls_current()->currentWriter, nullptr);
-    EXPECT_EQ(glsGetError(), GLS_NONE);
 }
 
 TEST(Capture, BadArgumentsAreParameterErrors)
