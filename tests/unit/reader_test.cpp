@@ -532,25 +532,6 @@ TEST_F(Reader, TruncatedStreamsEndAtEveryByte)
     EXPECT_EQ(ctx->callNesting, 0);
 }
 
-TEST_F(Reader, MutatedStreamsEndWithoutHarm)
-{
-    std::string kinds = file_text(data_dir + "/kinds.gls");
-    std::string msb = copy(GLS_TEXT, kinds, GLS_BINARY_MSB_FIRST);
-    uint32_t state = 12345;
-    auto next = [&] { state = state * 1103515245u + 12345u; return state >> 8; };
-    for (int round = 0; round < 3000; ++round) {
-        bool binary = round % 2;
-        std::string stream = binary ? msb : kinds;
-        // Keep the start, so that the damage falls on commands.
-        for (int flips = 1 + (int)(next() % 4); flips > 0; --flips)
-            stream[20 + next() % (stream.size() - 20)] = (char)next();
-        glsCallArray(binary ? GLS_BINARY_MSB_FIRST : GLS_TEXT, stream.size(), (const GLubyte *)stream.data());
-    }
-    glsGetError();
-    EXPECT_EQ(ctx->callNesting, 0);
-    EXPECT_FALSE(glsIsEnabled(GLS_ABORT_CALL));
-}
-
 TEST_F(Reader, EveryOpcodeNumberIsDecodedOrPassedOver)
 {
     // Every opcode with eight zero bytes, in both header forms.
