@@ -5,6 +5,7 @@ capture flags. The write step is built from the parameters: each one becomes one
 writer slot, and the generator keeps the binary form's byte offsets so that it can place the
 alignment of doubles (padToDouble before the command, putGLnothing between items).
 """
+from table import opcode_rows
 
 # C base type: (element name of the slots, byte width).
 ELEMENTS = {
@@ -256,11 +257,7 @@ def wrapper_forwarder(r):
 
 
 def table(name, cmds, prefix):
-    rows = ['nullptr'] * 496
-    for r in cmds:
-        rows[r.opcode] = '(GlsFunc)%s%s' % (prefix, r.name)
-    return ('const GlsFunc %s[GLS_OPCODE_COUNT] = {\n' % name +
-            ''.join('    %s,\n' % x for x in rows) + '};\n\n')
+    return opcode_rows('const GlsFunc %s[GLS_OPCODE_COUNT]' % name, cmds, lambda r: '(GlsFunc)%s%s' % (prefix, r.name)) + '\n'
 
 
 def gen_capture(cmds):

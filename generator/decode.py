@@ -8,6 +8,7 @@ parse a statement; a generated thunk per command then makes the call with the ex
 The decode, swap and text rows are one-line functions around the interpreter.
 """
 import capture
+from table import opcode_rows
 
 ELEMENT_NAMES = {
     'GLbyte': 'BYTE', 'GLubyte': 'UBYTE', 'GLboolean': 'BOOLEAN', 'GLshort': 'SHORT',
@@ -152,14 +153,9 @@ def gen_decode(t, header):
             out.append('static void swap_%s(uint8_t *args, uint32_t size) { gls_swap_command(OP_%s, args, size); }\n' % (r.name, r.name))
         out.append('static void text_%s(GlsReader *reader) { gls_text_command(reader, OP_%s); }\n' % (r.name, r.name))
     for table, prefix in (('gls_decode_table', 'decode_'), ('gls_swap_table', 'swap_'), ('gls_text_table', 'text_')):
-        rows = ['nullptr'] * 496
-        for r in cmds:
-            # A command without arguments has nothing to swap: its swap row is its decode row.
-            name = prefix if r.params or prefix != 'swap_' else 'decode_'
-            rows[r.opcode] = '(GlsFunc)%s%s' % (name, r.name)
-        out.append('\nconst GlsFunc %s[GLS_OPCODE_COUNT] = {\n' % table)
-        out += ['    %s,\n' % x for x in rows]
-        out.append('};\n')
+        # A command without arguments has nothing to swap: its swap row is its decode row.
+        row = lambda r: '(GlsFunc)%s%s' % (prefix if r.params or prefix != 'swap_' else 'decode_', r.name)
+        out.append('\n' + opcode_rows('const GlsFunc %s[GLS_OPCODE_COUNT]' % table, cmds, row))
     return ''.join(out)
 
 
@@ -187,11 +183,6 @@ def gen_recorders(cmds):
                    '    GlsContext *reading = record_enter();\n'
                    '    ((fn_%s)gls_forwarders[OP_%s])(%s);\n    gls_tls_set(gls_tls_context, reading);\n    %s}\n\n' %
                    (r.ret, r.name, r.decl_params(), ' 0' if r.returns else '', r.name, r.name, r.arg_names(), ret))
-    rows = ['nullptr'] * 496
-    for r in cmds:
-        rows[r.opcode] = '(GlsFunc)record_%s' % r.name
-    out.append('extern const GlsFunc gls_recorders[GLS_OPCODE_COUNT];\n'
-               'const GlsFunc gls_recorders[GLS_OPCODE_COUNT] = {\n')
-    out += ['    %s,\n' % x for x in rows]
-    out.append('};\n')
+    out.append('extern const GlsFunc gls_recorders[GLS_OPCODE_COUNT];\n' +
+               opcode_rows('const GlsFunc gls_recorders[GLS_OPCODE_COUNT]', cmds, lambda r: '(GlsFunc)record_%s' % r.name))
     return ''.join(out)

@@ -161,11 +161,7 @@ def gen_catalogue(t):
 
 
 def opcode_table(name, cmds, value, const=True):
-    rows = ['nullptr'] * OPCODE_COUNT
-    for r in cmds:
-        rows[r.opcode] = value(r)
-    return ('%sGlsFunc %s[GLS_OPCODE_COUNT] = {\n' % ('const ' if const else '', name) +
-            ''.join('    %s,\n' % x for x in rows) + '};\n\n')
+    return tbl.opcode_rows('%sGlsFunc %s[GLS_OPCODE_COUNT]' % ('const ' if const else '', name), cmds, value) + '\n'
 
 
 def null_func(r):

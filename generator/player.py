@@ -4,6 +4,7 @@ call and tells whether it can run; then the real function runs. Beside them, the
 of each opcode's installed debug wrapper by name, so that the player reuses the debugger's
 counting hooks without naming opcodes itself.
 """
+from table import opcode_rows
 
 
 def packed(p, i):
@@ -40,19 +41,11 @@ def gen_player_taps(t, header):
            '// The player\'s judgement of a call: counted, and whether it can run.\n'
            'bool player_tap(int opcode, const GlsArgValue *args);\n\n']
     out += [tap(r) for r in commands]
-    rows = ['nullptr'] * 496
-    for r in commands:
-        rows[r.opcode] = '(GlsFunc)tap_%s' % r.name
-    out.append('extern const GlsFunc player_taps[GLS_OPCODE_COUNT];\n'
-               'const GlsFunc player_taps[GLS_OPCODE_COUNT] = {\n')
-    out += ['    %s,\n' % x for x in rows]
-    out.append('};\n\n')
+    out.append('extern const GlsFunc player_taps[GLS_OPCODE_COUNT];\n' +
+               opcode_rows('const GlsFunc player_taps[GLS_OPCODE_COUNT]', commands, lambda r: '(GlsFunc)tap_%s' % r.name) +
+               '\n')
     # The wrapper installed last for an opcode is the one whose hook runs.
-    hooks = ['nullptr'] * 496
-    for r in t.wrapper_order():
-        hooks[r.opcode] = '"%s"' % r.hook if r.hook else 'nullptr'
-    out.append('extern const char *const player_hook_names[GLS_OPCODE_COUNT];\n'
-               'const char *const player_hook_names[GLS_OPCODE_COUNT] = {\n')
-    out += ['    %s,\n' % x for x in hooks]
-    out.append('};\n')
+    out.append('extern const char *const player_hook_names[GLS_OPCODE_COUNT];\n' +
+               opcode_rows('const char *const player_hook_names[GLS_OPCODE_COUNT]', t.wrapper_order(),
+                           lambda r: '"%s"' % r.hook if r.hook else 'nullptr'))
     return ''.join(out)

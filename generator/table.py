@@ -5,6 +5,14 @@ import sys
 
 OPCODE_COUNT = 496
 
+
+def opcode_rows(declaration, cmds, value, empty='nullptr'):
+    """A C array by opcode: value(r) at each command's opcode, empty at the others."""
+    rows = [empty] * OPCODE_COUNT
+    for r in cmds:
+        rows[r.opcode] = value(r)
+    return '%s = {\n%s};\n' % (declaration, ''.join('    %s,\n' % x for x in rows))
+
 # Shapes of the WGL and GDI wrappers: the real call, bracketed by the session's steps.
 WRAPPER_FAMILIES = ('plain', 'swap', 'makecurrent')
 
