@@ -34,9 +34,10 @@ wine32_tree_ready() {
     [ "$(cat "$wine32_tree/.quondale-tree" 2>/dev/null)" = "$wine32_tree_version" ]
 }
 
-# Whether this kernel runs i386 code by itself (then qemu is not needed).
+# Whether this kernel runs i386 code by itself (then qemu is not needed). QUONDALE_WINE32_QEMU=1
+# emulates all the same, as on a kernel without it.
 wine32_native() {
-    [ -x "$wine32_tree/usr/bin/true" ] && "$wine32_tree/usr/bin/true" 2>/dev/null
+    [ "${QUONDALE_WINE32_QEMU:-0}" != 1 ] && [ -x "$wine32_tree/usr/bin/true" ] && "$wine32_tree/usr/bin/true" 2>/dev/null
 }
 
 # Starts "$@" in the background as root of a new user namespace whose ids are the host's, with
@@ -70,17 +71,14 @@ wine32_register_qemu() {
     }
 }
 
-# Inside the namespace: the tree's mounts. The checkout, /tmp (X's socket, the checks' files) and
-# the folders named in QUONDALE_WINE32_SHARE keep their host paths inside the tree.
+# Inside the namespace: the tree's mounts. The checkout and /tmp (X's socket, the checks' files)
+# keep their host paths inside the tree; wine32_exec adds the folders it runs in and those named
+# in QUONDALE_WINE32_SHARE (separated by colons).
 wine32_mount_tree() {
-    local folder
     mount --rbind /dev "$wine32_tree/dev" &&
     mount -t proc proc "$wine32_tree/proc" &&
     mount --rbind /tmp "$wine32_tree/tmp" || return 1
-    for folder in "$quondale_root" ${QUONDALE_WINE32_SHARE:-}; do
-        [ -d "$folder" ] || continue
-        mkdir -p "$wine32_tree$folder" && mount --bind "$folder" "$wine32_tree$folder" || return 1
-    done
+    mkdir -p "$wine32_tree$quondale_root" && mount --bind "$quondale_root" "$wine32_tree$quondale_root"
 }
 
 # The namespace's first process: sets it up, says it is ready on stdout, and ends (and with it the
@@ -154,9 +152,26 @@ wine32_enter() {
 # with the caller's environment and the 32-bit prefix. Programs that run at the same time share one
 # namespace; the first starts it.
 wine32_exec() {
-    local pid
-    pid=$({ flock 9; wine32_start && wine32_holder_pid; } 9>"$wine32_prefix.holder.lock") || return 125
+    local pid shares=()
+    IFS=: read -ra shares <<<"${QUONDALE_WINE32_SHARE:-}"
+    pid=$({ flock 9; wine32_start && wine32_holder_pid && wine32_share "$PWD" "${shares[@]}"; } \
+          9>"$wine32_prefix.holder.lock") || return 125
     wine32_enter "$pid" "$@"
+}
+
+# Makes host folders visible at their own paths inside the tree of the running namespace.
+wine32_share() {
+    local pid folder
+    pid=$(wine32_holder_pid) || return 1
+    for folder in "$@"; do
+        [ -n "$folder" ] && folder=$(realpath "$folder") || continue
+        # The tree has its own system folders; a folder that holds the tree cannot be laid over it.
+        case "$wine32_tree/" in "${folder%/}/"*) continue ;; esac
+        case "$folder" in /usr | /usr/* | /etc | /etc/* | /bin | /lib | /lib32 | /lib64 | /sbin) continue ;; esac
+        nsenter --target "$pid" --user --mount sh -c '
+            [ "$(stat -c %d:%i "$2" 2>/dev/null)" = "$(stat -c %d:%i "$1$2" 2>/dev/null)" ] && exit 0
+            mkdir -p "$1$2" && mount --bind "$2" "$1$2"' share "$wine32_tree" "$folder" || return 1
+    done
 }
 
 # A file system mounted at FOLDER (a host path the tree shares) for the 32-bit Wine alone: the
