@@ -2,8 +2,12 @@
 // glsBeginGLS/glsEndGLS pair for each time the context was current, one statement per call with
 // its arguments by name, scalar calls folded into their vector form, WGL calls as notes, calls
 // made without a context in 0.gls, and every line ending in CR CR LF. The state queries of a
-// context's first sight leave glGetError executed alone: the last call stands in no file.
+// context's first sight leave glGetError executed alone: the last call stands in no file, while
+// the program's own glGetMapiv does. A context made current by wglMakeContextCurrentARB, found
+// through wglGetProcAddress, gets its calls as one made current by wglMakeCurrent.
 #include "tests/wine/harness.h"
+
+typedef BOOL(WINAPI *make_context_current_function)(HDC, HDC, HGLRC);
 
 static int child()
 {
@@ -35,8 +39,14 @@ static int child()
     const GLfloat matrix[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0.5f, -3, 1e10f, 1};
     glLoadMatrixf(matrix);
     glRectf(0, 0, 1, 1);
+    static GLint order[2];
+    glGetMapiv(GL_MAP1_VERTEX_3, GL_ORDER, order);
+    write_fact("order", (uintptr_t)order);
 
-    wglMakeCurrent(window.dc, second);
+    auto make_context_current =
+        (make_context_current_function)(void *)wglGetProcAddress("wglMakeContextCurrentARB");
+    check(make_context_current && make_context_current(window.dc, window.dc, second),
+          "no context made current by wglMakeContextCurrentARB");
     glFlush();
 
     wglMakeCurrent(window.dc, first); // back again: the file goes on with a second frame
@@ -51,7 +61,9 @@ static std::string history_file(const child_run &run, const char *context)
 {
     std::string dir = session_directory(run.temp, (DWORD)fact(run, "thread"));
     std::string handle = context ? std::to_string((int)(uint32_t)fact(run, context)) : "0";
-    return without_visual_info(read_file(dir + "\\history\\" + handle + ".gls"));
+    char order[32];
+    snprintf(order, sizeof order, "0x%llX", fact(run, "order"));
+    return substitute(without_visual_info(read_file(dir + "\\history\\" + handle + ".gls")), {{order, "ORDER"}});
 }
 
 int main(int argc, char **argv)
@@ -92,7 +104,8 @@ int main(int argc, char **argv)
             "    0.5        , -3         , 1E+10      , 1          \n"
             "});\n"
             "glRectfv({0, 0}, {1, 1});\n"
-            "glsString(\"Info\", \"wglMakeCurrent\");\n"
+            "glGetMapiv(GL_MAP1_VERTEX_3, GL_ORDER, ORDER);\n"
+            "glsString(\"Info\", \"wglGetProcAddress\");\n"
             "glsEndGLS();\n"
             "glsBeginGLS(1, 0);\n"
             "glFinish();\n"
