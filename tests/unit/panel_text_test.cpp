@@ -3,6 +3,7 @@
 
 #include "session/mmaps.h"
 #include "panel/resource.h"
+#include "panel/settings_file.h"
 #include "session/rings.h"
 
 #include <gtest/gtest.h>
@@ -288,6 +289,26 @@ TEST(ListHeadLine, NameStateCallsAndUses)
     EXPECT_EQ(head(3, 3, 12, 1), "List 3; contains 12 calls; called 1 time;");
     EXPECT_EQ(head(1, 1, 2, 0), "List 1; deleted; contains 2 calls;");
     EXPECT_EQ(head(7, 2, 0, 5), "List 7; capturing calls now; contains 0 calls; called 5 times;");
+}
+
+TEST(SettingsFile, AFileCutShortRepeatsItsLastRowInEveryLaterRowAndSection)
+{
+    FILE *file = tmpfile();
+    fputs("quondale\nCheck_for_GL_error: 1\nControl_draw: 0\nHistory: 1\nBreak_on_GL_calls: 0\n"
+          "Break_on_SwapBuffers: 0\nSkip_GL_calls: 0\nCall_Count_Show: ALL\nState_Show_NonDefault: 1\n"
+          "State_Show_SnapDiff: 0\nCONFIGURATION_break_GL_select\nglAccum: 1 2 3 4\n", file);
+    rewind(file);
+    static settings_values values;
+    ASSERT_TRUE(settings_read(file, &values));
+    fclose(file);
+    std::string rows;
+    for (const settings_section &section : values.sections) {
+        int repeated = 0;
+        for (int row = 0; row < GL_CALL_COUNT; ++row)
+            repeated += section.selected[row] == 1 && !memcmp(section.sets[row], "\2\3\4", 3);
+        rows += std::to_string(repeated) + " ";
+    }
+    EXPECT_EQ(rows, "460 460 460 ");
 }
 
 } // namespace
