@@ -5,6 +5,7 @@
 #include "gen/dispatch_calls.h"
 #include "gen/gl_enums.h"
 #include "gls/gls.h"
+#include "gls/streams.h"
 #include "gls/tables.h"
 #include "gls/writer.h"
 
@@ -412,6 +413,10 @@ TEST_F(Reader, BinaryStreamsOfBothByteOrdersAndMixedGroups)
         b.bytes += "glsBeginGLS(1, 0);\nglEnd();\nglsEndGLS();\n";
         EXPECT_EQ(play(big ? GLS_BINARY_MSB_FIRST : GLS_BINARY_LSB_FIRST, b.bytes),
                   std::string(expected) + "glsEndGLS();\nglsBeginGLS(1, 0);\nglEnd();\nglsEndGLS();\n");
+        // A binary group behind a text group, as appending a capture to a history makes it.
+        EXPECT_EQ(play(GLS_TEXT, "glsBeginGLS(1, 0);\nglFlush();\nglsEndGLS();\r\n# appended:\n" + b.bytes),
+                  "glsBeginGLS(1, 0);\nglFlush();\nglsEndGLS();\n" + std::string(expected) +
+                      "glsEndGLS();\nglsBeginGLS(1, 0);\nglEnd();\nglsEndGLS();\n");
         // Bytes that are no command end the read.
         EXPECT_EQ(play(big ? GLS_BINARY_MSB_FIRST : GLS_BINARY_LSB_FIRST, sample_group(big).bytes), expected);
         EXPECT_EQ(glsGetError(), GLS_DECODE_ERROR);
@@ -475,6 +480,7 @@ TEST_F(Reader, TextAcceptsMoreThanTheWriterWrites)
         "glColor3bv({-128, 127, '0'});\n"
         "glColor3ubv({256, 0, 0});\n"
         "glColor3fv({}); glsNumiv(\"n\", 3, {}); glsNumiv(\"huge\", 100000, {});\n"
+        "glsDrawVertexArray(GL_POINTS, GL_V2F, 1, {}); glsNumiv(\"none\", 0, {});\n"
         "glsEndGLS();\n";
     EXPECT_EQ(play(GLS_TEXT, text),
               "glsBeginGLS(1, 0);\n"
@@ -494,10 +500,35 @@ TEST_F(Reader, TextAcceptsMoreThanTheWriterWrites)
               "glsError(0, GLS_DECODE_ERROR);\n"
               "glColor3bv({-128, 127, 48});\n"
               "glsError(GLS_OP_glColor3ubv, GLS_DECODE_ERROR);\n"
-              "glColor3fv({0, 0, 0});\n"
-              "glsNumiv(\"n\", 3, {0, 0, 0});\n"
+              "glsError(GLS_OP_glColor3fv, GLS_DECODE_ERROR);\n"
               "glsError(GLS_OP_glsNumiv, GLS_DECODE_ERROR);\n"
+              "glsError(GLS_OP_glsNumiv, GLS_DECODE_ERROR);\n"
+              "glsError(GLS_OP_glsDrawVertexArray, GLS_DECODE_ERROR);\n"
+              "glsNumiv(\"none\", 0, {});\n"
               "glsEndGLS();\n");
+}
+
+std::string refusals;
+void GLS_APIENTRY note_refusal(GLSopcode opcode, GLSenum)
+{
+    refusals += std::string((const char *)glsGetOpcodeName(opcode)) + (gls_current()->readEmptyItem ? " empty\n" : "\n");
+}
+
+// The indices of a null pointer (a buffer object's offset) read back refused in every form, and
+// told apart from a broken command.
+TEST_F(Reader, NullIndicesAreRefusedInEveryForm)
+{
+    for (GLSenum type : {GLS_TEXT, GLS_BINARY_LSB_FIRST, GLS_BINARY_MSB_FIRST}) {
+        written.clear();
+        ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", type, 0));
+        dispatch_glDrawElements(GL_POINTS, 2, GL_UNSIGNED_SHORT, nullptr);
+        glsEndCapture();
+        std::string stream = written + "glsBeginGLS(1, 0);\nglDrawElements(GL_POINTS, 2, GL_UNSIGNED_SHORT, {1});\n";
+        glsCommandFunc(GLS_CALL_FUNC, OP_glsError, (GlsFunc)note_refusal);
+        glsCallArray(type, stream.size(), (const GLubyte *)stream.data());
+    }
+    EXPECT_EQ(refusals, "glDrawElements empty\nglDrawElements\nglDrawElements empty\nglDrawElements\n"
+                        "glDrawElements empty\nglDrawElements\n");
 }
 
 TEST_F(Reader, StreamStartsAndTheirRefusals)
@@ -622,6 +653,27 @@ TEST_F(Reader, NestingStopsAtSixtyFourAndAbortsTheRest)
     EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
 }
 
+// A stream written by a capture below the one in hand reads as far as it is written, into the
+// capture in hand.
+TEST_F(Reader, AStreamWrittenBelowTheCaptureInHandIsRead)
+{
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"a", GLS_CONTEXT, GLS_WRITE_NO_FRAME));
+    dispatch_glEnd();
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"b", GLS_CONTEXT, GLS_WRITE_NO_FRAME));
+    EXPECT_EQ(glsCallStream((const GLubyte *)"a"), GLS_CONTEXT);
+    EXPECT_EQ(glsCallStream((const GLubyte *)"b"), GLS_NONE) << "the stream in hand is not read";
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+    glsEndCapture();
+    dispatch_glFlush();
+    glsEndCapture();
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, GLS_WRITE_NO_FRAME));
+    glsCallStream((const GLubyte *)"b");
+    glsCallStream((const GLubyte *)"a");
+    glsEndCapture();
+    EXPECT_EQ(written, "glEnd();\nglEnd();\nglFlush();\n");
+    EXPECT_EQ(glsGetError(), GLS_NONE);
+}
+
 // ---------------------------------------------------------------------------------------------
 // Queries
 
@@ -689,6 +741,21 @@ TEST_F(Reader, QueriesGiveTheirExactAnswers)
     EXPECT_EQ(glsGetPointer(GLS_DATA_POINTER), (void *)&now);
     EXPECT_EQ(glsGetFunc(GLS_WRITE_FUNC), (GlsFunc)collect);
     EXPECT_STREQ((const char *)glsGetListc(GLS_READ_PREFIX_LIST, glsGeti(GLS_READ_PREFIX_COUNT) - 1), "");
+    // A stream that cannot be sought has a type unknown, and keeps its bytes for its reader.
+    glsReadFunc(feed);
+    EXPECT_EQ(glsGetStreamType(GLS_STREAM_TYPE, (const GLubyte *)""), (GLuint)GLS_UNKNOWN);
+    glsReadFunc(nullptr);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(write(ends[1], "glsBeginGLS(1, 0);", 18), 18);
+    close(ends[1]);
+    FILE *piped = fdopen(ends[0], "rb");
+    glsChannel(GLS_DEFAULT_READ_CHANNEL, piped);
+    EXPECT_EQ(glsGetStreamType(GLS_STREAM_TYPE, (const GLubyte *)""), (GLuint)GLS_UNKNOWN);
+    EXPECT_EQ(glsCallStream((const GLubyte *)""), GLS_TEXT);
+    glsChannel(GLS_DEFAULT_READ_CHANNEL, stdin);
+    fclose(piped);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
     execute_glsBlock(GLS_HEADER);
     execute_glsHeaderi(GLS_DEPTH_BITS, 24);
     execute_glsHeaderc(GLS_TITLE, (const GLubyte *)"cube");
