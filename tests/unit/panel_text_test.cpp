@@ -294,21 +294,17 @@ TEST(ListHeadLine, NameStateCallsAndUses)
 TEST(SettingsFile, AFileCutShortRepeatsItsLastRowInEveryLaterRowAndSection)
 {
     FILE *file = tmpfile();
-    fputs("quondale\nCheck_for_GL_error: 1\nControl_draw: 0\nHistory: 1\nBreak_on_GL_calls: 0\n"
-          "Break_on_SwapBuffers: 0\nSkip_GL_calls: 0\nCall_Count_Show: ALL\nState_Show_NonDefault: 1\n"
-          "State_Show_SnapDiff: 0\nCONFIGURATION_break_GL_select\nglAccum: 1 2 3 4\n", file);
+    fputs("quondale\na: 1\nb: 0\nc: 1\nd: 0\ne: 0\nf: 0\ng: ALL\nh: 1\ni: 0\nCONFIGURATION_break_GL_select\n"
+          "glAccum: 1 2 3 4\n", file);
     rewind(file);
     static settings_values values;
     ASSERT_TRUE(settings_read(file, &values));
     fclose(file);
-    std::string rows;
-    for (const settings_section &section : values.sections) {
-        int repeated = 0;
+    int repeated = 0;
+    for (const settings_section &section : values.sections)
         for (int row = 0; row < GL_CALL_COUNT; ++row)
             repeated += section.selected[row] == 1 && !memcmp(section.sets[row], "\2\3\4", 3);
-        rows += std::to_string(repeated) + " ";
-    }
-    EXPECT_EQ(rows, "460 460 460 ");
+    EXPECT_EQ(repeated, 3 * GL_CALL_COUNT);
 }
 
 } // namespace

@@ -104,52 +104,22 @@ TEST(PlayerPlay, TwoFramesTheirPicturesAndTheDebuggersCounts)
     free_play_outcome(&outcome);
 }
 
-TEST(PlayerPlay, AStreamThatJustEndsPlaysWhole)
+TEST(PlayerPlay, BadFilesTellWhyAndKeepTheFramesBefore)
 {
-    // The program's own end leaves the group open: between two statements, or behind the
-    // start of a group that got nothing more.
+    // A stream may just end between statements, as a program's history does; not inside one.
     std::string whole = read_file(data_file("player_frames.gls"));
+    size_t quad = whole.find("glVertex2fv({0, 1");
     kept_frames kept;
     play_outcome outcome;
-    std::string ended = write_temp("ended.gls", whole.substr(0, whole.find("glVertex2fv({0, 1")));
-    EXPECT_TRUE(play(ended, &kept, &outcome)) << outcome.error;
+    EXPECT_TRUE(play(write_temp("ended.gls", whole.substr(0, quad)), &kept, &outcome)) << outcome.error;
+    free_play_outcome(&outcome);
+    std::string cut = write_temp("cut.gls", whole.substr(0, quad + 15));
+    kept = {};
+    EXPECT_FALSE(play(cut, &kept, &outcome));
+    EXPECT_EQ(std::string(outcome.error), cut + " ends in the middle of a stream");
     // The first frame whole, and what the second had drawn when the stream ended.
     ASSERT_EQ(kept.stats.size(), 2u);
     EXPECT_FALSE(kept.stats[1].swapped);
-    free_play_outcome(&outcome);
-    EXPECT_TRUE(play(write_temp("begun.gls", whole + "glsBeginGLS(1, 0);\n"), &kept, &outcome)) << outcome.error;
-    free_play_outcome(&outcome);
-
-    // Lists empty where data is due are what a program's null pointers leave: the commands are
-    // named once and skipped, and the green quad stays green.
-    std::string nulls = whole;
-    nulls.insert(nulls.find("glBegin(GL_QUADS)"), "glColor3fv({});\nglDrawElements(GL_POINTS, 2, GL_UNSIGNED_SHORT, {});\n"
-                                                  "glColor3fv({});\n");
-    std::string nulls_path = write_temp("nulls.gls", nulls);
-    kept = {};
-    testing::internal::CaptureStderr();
-    EXPECT_TRUE(play(nulls_path, &kept, &outcome)) << outcome.error;
-    std::string head = "quondale: " + nulls_path + ": ", null = " skipped: it holds no data where its count asks for some"
-                                                                  " (a null pointer of the program's)\n";
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              head + "glColor3fv" + null + head + "glDrawElements" + null + head +
-                  "glVertexPointer skipped: it points into the program's memory, which the history does not hold\n" + head +
-                  "glDrawArrays skipped: it draws from the program's vertex arrays, which a history holds only when "
-                  "\"Capture Vertex Arrays Calls\" was on\n");
-    ASSERT_EQ(kept.pixels.size(), 2u);
-    EXPECT_EQ(pixel(kept.pixels[1], 8, 3, 0), "0 255 0");
-    free_play_outcome(&outcome);
-}
-
-TEST(PlayerPlay, BadFilesTellWhyAndKeepTheFramesBefore)
-{
-    std::string whole = read_file(data_file("player_frames.gls"));
-    std::string cut = write_temp("cut.gls", whole.substr(0, whole.find("glVertex2fv({0, 1") + 15));
-    kept_frames kept;
-    play_outcome outcome;
-    EXPECT_FALSE(play(cut, &kept, &outcome));
-    EXPECT_EQ(std::string(outcome.error), cut + " ends in the middle of a stream");
-    ASSERT_EQ(kept.stats.size(), 2u);
     free_play_outcome(&outcome);
 
     std::string broken = whole;
@@ -157,6 +127,16 @@ TEST(PlayerPlay, BadFilesTellWhyAndKeepTheFramesBefore)
     std::string broken_path = write_temp("broken.gls", broken);
     EXPECT_FALSE(play(broken_path, &kept, &outcome));
     EXPECT_EQ(std::string(outcome.error).rfind(broken_path + ": a broken glClear command near byte ", 0), 0u) << outcome.error;
+    free_play_outcome(&outcome);
+
+    // Empty lists where data is due stand for a program's null pointers: named once, skipped.
+    std::string nulls = write_temp("nulls.gls", "glsBeginGLS(1, 0);\nglColor3fv({});\n"
+                                                "glDrawElements(GL_POINTS, 2, GL_UNSIGNED_SHORT, {});\nglColor3fv({});\n");
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(play(nulls, &kept, &outcome)) << outcome.error;
+    std::string skipped = " skipped: it holds no data where its count asks for some (a null pointer of the program's)\n";
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "quondale: " + nulls + ": glColor3fv" + skipped + "quondale: " + nulls + ": glDrawElements" + skipped);
     free_play_outcome(&outcome);
 
     std::string prose = write_temp("prose.gls", "Dear reader,\nthis is no stream.\n");

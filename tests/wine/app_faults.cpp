@@ -1,7 +1,7 @@
 // Faults of the program that the debugger must live through, each answered as the system's GL
-// answers it: GL with no context (display lists too), the current context deleted, one context made current on two
-// threads, get results that end at a page the program may not touch, a GL thread that ends
-// with its panel up, and the window of a halted thread destroyed by the thread that owns it.
+// answers it: GL (lists too) with no context, the current context deleted, one context made
+// current on two threads, get results that end at a page the program may not touch, a GL thread
+// that ends with its panel up, and the window of a halted thread destroyed by its owner.
 #include "tests/wine/harness.h"
 
 #include "panel/resource.h"

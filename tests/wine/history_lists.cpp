@@ -2,7 +2,7 @@
 // session's list\calls file, glEndList included and glNewList not; an empty list holds glEndList
 // alone. A call of a list that was deleted is a misuse: with "GL warnings/errors" checked the
 // program halts behind it, and there the Display List windows show each list's head line and
-// calls.
+// calls, and a second context its list in the rows that the contexts share.
 #include "tests/wine/harness.h"
 
 #include "panel/resource.h"
@@ -48,6 +48,12 @@ static void scenario()
         }
         click(window, IDC_LIST_CLOSE);
     }
+    click(lists, IDC_LIST_SELECT_CLOSE);
+    select_row(contexts, IDC_LIST_CONTEXT_LIST, 1);
+    names.clear();
+    for (const std::string &name : list_rows(need_dialog("Select Display List"), IDC_LIST_SELECT_LIST))
+        names += name + "\n";
+    check_text("the second context's list, in the row the first context took", names, "List 1\n");
     driver_done();
     click(control, IDC_CONTINUE);
 }
@@ -58,7 +64,12 @@ static int child()
     start_driver(scenario);
     gl_window window = open_gl_window(128, 32);
     glClear(GL_COLOR_BUFFER_BIT);
-    GLuint base = glGenLists(3);
+    HGLRC other = wglCreateContext(window.dc); // its list takes the first row, then the block moves
+    wglMakeCurrent(window.dc, other);
+    glNewList(7, GL_COMPILE);
+    glEndList();
+    wglMakeCurrent(window.dc, window.context);
+    GLuint base = glGenLists(1000);
     glNewList(base, GL_COMPILE);
     glColor3f(1, 0, 0);
     glEndList();
@@ -100,69 +111,18 @@ static int misuse()
     return child_end();
 }
 
-// Two contexts share the session's block of list rows: each context's list of lists reads its
-// rows from the block as it is now, also after the other context has made it grow.
-static void two_contexts_scenario()
-{
-    HWND control = control_window();
-    expect_halt_at(control, "glNewList(1, GL_COMPILE);");
-    click(control, IDC_BREAK_ON_CALLS); // the break set starts with glFlush in it
-    click(control, IDC_CONTINUE);
-    expect_halt_at(control, "glFlush();");
-    menu(control, IDM_DISPLAY_LIST);
-    HWND contexts = need_dialog("Select GL Context");
-    for (int context = 0; context < 2; ++context) {
-        select_row(contexts, IDC_LIST_CONTEXT_LIST, context);
-        std::string names;
-        for (const std::string &name : list_rows(need_dialog("Select Display List"), IDC_LIST_SELECT_LIST))
-            names += name + "\n";
-        check_text("the rows of a context's lists", names, context == 0 ? "List 5\nList 6\n" : "List 5\nList 6\nList 7\n");
-        click(need_dialog("Select Display List"), IDC_LIST_SELECT_CLOSE);
-    }
-    click(control, IDC_BREAK_ON_CALLS);
-    driver_done();
-    click(control, IDC_CONTINUE);
-}
-
-static int two_contexts()
-{
-    start_driver(two_contexts_scenario);
-    gl_window window = open_window(32, 32);
-    set_pixel_format(&window);
-    HGLRC first = wglCreateContext(window.dc), second = wglCreateContext(window.dc);
-    wglMakeCurrent(window.dc, first);
-    for (GLuint list = 1; list <= 2; ++list) {
-        glNewList(list, GL_COMPILE);
-        glEndList();
-    }
-    wglMakeCurrent(window.dc, second);
-    glGenLists(1000); // the block grows, and moves
-    for (GLuint list = 5; list <= 7; ++list) {
-        glNewList(list, GL_COMPILE);
-        glEndList();
-    }
-    glFlush();
-    wglMakeCurrent(nullptr, nullptr);
-    wglDeleteContext(first);
-    wglDeleteContext(second);
-    close_gl_window(&window);
-    return child_end();
-}
-
 int main(int argc, char **argv)
 {
     if (is_child(argc, argv))
-        return argc > 2 && !strcmp(argv[2], "misuse") ? misuse() : argc > 2 && !strcmp(argv[2], "two") ? two_contexts() : child();
+        return argc > 2 && !strcmp(argv[2], "misuse") ? misuse() : child();
     child_run wrong = run_child("lists_misuse", "misuse");
     expect_end(wrong);
     clean_up(wrong);
-    child_run two = run_child("lists_two", "two");
-    expect_end(two);
-    clean_up(two);
     child_run run = run_child("lists");
     expect_end(run);
     std::string calls = read_file(session_directory(run.temp, (DWORD)fact(run, "thread")) + "\\list\\calls");
-    check_text("list\\calls", calls, on_disk("glColor3fv({1, 0, 0});\n"
+    check_text("list\\calls", calls, on_disk("glEndList();\n"
+                                             "glColor3fv({1, 0, 0});\n"
                                              "glEndList();\n"
                                              "glRectfv({0, 0}, {1, 1});\n"
                                              "glEndList();\n"

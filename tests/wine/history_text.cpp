@@ -2,12 +2,9 @@
 // glsBeginGLS/glsEndGLS pair for each time the context was current, one statement per call with
 // its arguments by name, scalar calls folded into their vector form, WGL calls as notes, calls
 // made without a context in 0.gls, and every line ending in CR CR LF. The state queries of a
-// context's first sight leave glGetError executed alone: the last call stands in no file, while
-// the program's own glGetMapiv does. A context made current by wglMakeContextCurrentARB, found
-// through wglGetProcAddress, gets its calls as one made current by wglMakeCurrent.
+// context's first sight leave glGetError executed alone: the last call stands in no file; the
+// program's glGetMapiv does. wglMakeContextCurrentARB makes a context current as wglMakeCurrent.
 #include "tests/wine/harness.h"
-
-typedef BOOL(WINAPI *make_context_current_function)(HDC, HDC, HGLRC);
 
 static int child()
 {
@@ -39,14 +36,12 @@ static int child()
     const GLfloat matrix[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0.5f, -3, 1e10f, 1};
     glLoadMatrixf(matrix);
     glRectf(0, 0, 1, 1);
-    static GLint order[2];
+    GLint order[2];
     glGetMapiv(GL_MAP1_VERTEX_3, GL_ORDER, order);
     write_fact("order", (uintptr_t)order);
 
-    auto make_context_current =
-        (make_context_current_function)(void *)wglGetProcAddress("wglMakeContextCurrentARB");
-    check(make_context_current && make_context_current(window.dc, window.dc, second),
-          "no context made current by wglMakeContextCurrentARB");
+    auto make_current = (BOOL(WINAPI *)(HDC, HDC, HGLRC))(void *)wglGetProcAddress("wglMakeContextCurrentARB");
+    check(make_current && make_current(window.dc, window.dc, second), "wglMakeContextCurrentARB failed");
     glFlush();
 
     wglMakeCurrent(window.dc, first); // back again: the file goes on with a second frame

@@ -22,25 +22,18 @@ static std::string module_path(HMODULE module)
     return lower(std::string(path, length));
 }
 
-// A copy of this program beside quondale.dll copied as opengl32.dll, run to its first WGL call.
-static void renamed_library()
-{
-    std::string folder = program_folder() + "renamed\\";
-    CreateDirectoryA(folder.c_str(), nullptr);
-    check(CopyFileA((program_folder() + "library_names.exe").c_str(), (folder + "library_names.exe").c_str(), FALSE) &&
-              CopyFileA((program_folder() + "quondale.dll").c_str(), (folder + "opengl32.dll").c_str(), FALSE),
-          "cannot make the folder %s", folder.c_str());
-    int exit_code = run_program("\"" + folder + "library_names.exe\" renamed", folder, 30000);
-    check(exit_code == 1, "under the name opengl32.dll the program ended with %d, not 1 (99: it waited)", exit_code);
-}
-
 int main(int argc, char **argv)
 {
     if (argc > 1 && !strcmp(argv[1], "renamed")) {
-        open_gl_window(16, 16);
+        open_gl_window(16, 16); // the panel ends the program here
         return 0;
     }
-    renamed_library();
+    std::string renamed = program_folder() + "renamed\\";
+    CreateDirectoryA(renamed.c_str(), nullptr);
+    CopyFileA((program_folder() + "library_names.exe").c_str(), (renamed + "library_names.exe").c_str(), FALSE);
+    CopyFileA((program_folder() + "quondale.dll").c_str(), (renamed + "opengl32.dll").c_str(), FALSE);
+    int exit_code = run_program("\"" + renamed + "library_names.exe\" renamed", renamed, 30000);
+    check(exit_code == 1, "loaded as opengl32.dll the program ended with %d, not 1 (99: it waited)", exit_code);
     HMODULE quondale = GetModuleHandleA("quondale.dll");
     if (!quondale) {
         check(false, "GetModuleHandleA(\"quondale.dll\") is null: the program did not load the debugger");

@@ -39,8 +39,7 @@ static void scenario()
                "glGet(GL_CULL_FACE)\nglGet(GL_LINE_WIDTH)\nglGet(GL_MODELVIEW_MATRIX)\n");
     screenshot(select, "select_state");
     menu(select, IDM_NON_DEFAULT_STATE);
-    // Unfiltered, each place of the list shows the catalogue's row of that number, and a pick
-    // there opens that row.
+    // Unfiltered, each place shows the catalogue's row of that number, and a pick opens it.
     std::vector<std::string> all = list_rows(select, IDC_STATE_LIST);
     std::string shown, catalogue;
     for (size_t place = 0; place < all.size(); ++place)
