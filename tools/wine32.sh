@@ -231,7 +231,8 @@ wine32_build_tree() {
     wait "$builder"
     local status=$?
     printf '\n' >&2
-    if [ "$status" != 0 ] || [ ! -x "$new/usr/bin/wine" ]; then
+    # /usr/bin/wine is a link through the tree's own /etc/alternatives.
+    if [ "$status" != 0 ] || [ ! -L "$new/usr/bin/wine" ] || [ ! -d "$new/usr/lib/wine" ]; then
         wine32_say "building the 32-bit Wine tree failed; see $log"
         return 1
     fi
