@@ -1,4 +1,4 @@
-"""Capture functions, wrapper forwarders and sample calls, from the stream kinds of calls.tbl.
+"""Capture functions and sample calls, from the stream kinds of calls.tbl.
 
 Each command's capture function is: entry callback, execute, write, exit callback, by the opcode's
 capture flags. The write step is built from the parameters: each one becomes one item for a
@@ -6,6 +6,7 @@ writer slot, and the generator keeps the binary form's byte offsets so that it c
 alignment of doubles (padToDouble before the command, putGLnothing between items).
 """
 from table import opcode_rows
+from slots import SLOT_FOR
 
 # C base type: (element name of the slots, byte width).
 ELEMENTS = {
@@ -15,33 +16,19 @@ ELEMENTS = {
     'GLfloat': ('float', 4), 'GLclampf': ('float', 4),
     'GLdouble': ('double', 8), 'GLclampd': ('double', 8), 'GLlong': ('long', 8),
 }
-# Scalar slots by C type, where no stream kind is given.
-SCALAR_SLOTS = {
-    'GLenum': 'putGLenum', 'GLSenum': 'putGLSenum', 'GLSopcode': 'putGLSopcode',
-    'GLboolean': 'putGLboolean', 'GLbyte': 'putGLbyte', 'GLubyte': 'putGLubyte',
-    'GLshort': 'putGLshort', 'GLushort': 'putGLushort', 'GLint': 'putGLint', 'GLsizei': 'putGLint',
-    'GLuint': 'putGLuint', 'GLfloat': 'putGLfloat', 'GLclampf': 'putGLfloat',
-    'GLdouble': 'putGLdouble', 'GLclampd': 'putGLdouble', 'GLlong': 'putGLlong',
-}
-# Stream kinds that name their own scalar slot.
-NAMED_SLOTS = {
-    'clearMask': 'putGLclearMask', 'attribMask': 'putGLattribMask',
-    'clientAttribMask': 'putGLclientAttribMask', 'blendFactor': 'putGLblendFactor',
-    'stencilOp': 'putGLstencilOp', 'drawBuffer': 'putGLdrawBuffer',
-    'textureComponents': 'putGLtextureComponents', 'begin': 'putGLenum',
-}
-
-
 class Item:
     """One thing written: code, payload bytes (static and a run-time term), alignment; and for
-    the reading side the parameter it carries (None for a filler or the image flags)."""
-    def __init__(self, code, size=0, dynamic=None, align=4, param=None, pad=0):
+    the reading side the parameter it carries (None for a filler or the image flags) and how it
+    is read back: (argument kind, element, how its text names it, size table, references), the
+    references being earlier parameters by name or constants."""
+    def __init__(self, code, size=0, dynamic=None, align=4, param=None, pad=0, read=None):
         self.code = code
         self.size = size
         self.dynamic = dynamic
         self.align = align
         self.param = param
         self.pad = pad
+        self.read = read
 
 
 def element(p):
@@ -64,12 +51,148 @@ def count_expr(rule, prelude, local):
     return local
 
 
+# How a scalar's text names its value, by stream kind or C type (else as a number).
+TEXT_NAMES = {'clearMask': 'ATTRIB_MASK', 'attribMask': 'ATTRIB_MASK',
+              'clientAttribMask': 'CLIENT_ATTRIB_MASK', 'blendFactor': 'ENUM', 'stencilOp': 'ENUM',
+              'drawBuffer': 'ENUM', 'begin': 'ENUM',
+              'GLenum': 'ENUM', 'GLSenum': 'GLS_ENUM', 'GLSopcode': 'OPCODE'}
+
+
+def scalar(p, slot, text_name=None):
+    width = ELEMENTS.get(p.base, ('', 4))[1]
+    return Item('writer->%s(writer, %s);' % (slot, p.name), width, align=width, param=p,
+                read=('SCALAR', p, text_name or TEXT_NAMES.get(p.base, 'NUMBER'), None, []))
+
+
+# The stream kinds, each once: its write step and how it is read, from (row, parameter, kind
+# arguments, the command's prelude, its state).
+def kind_plain(r, p, a, prelude, state):
+    if p.is_pointer:
+        if 'const' in p.ctype:
+            raise ValueError('%s: an input pointer needs a stream kind' % p.name)
+        index = state['outs']
+        state['outs'] += 1
+        return Item('writer->putGLoutArg(writer, %d, %s);' % (index, p.name), 8, align=8, param=p,
+                    read=('OUT', 'GLS_ELEMENT_LONG', 'NUMBER', None, [index]))
+    slot = SLOT_FOR.get(p.base)
+    if not slot:
+        raise ValueError('%s: %s needs a stream kind' % (p.name, p.ctype))
+    return scalar(p, slot)
+
+
+def kind_named_slot(r, p, a, prelude, state):
+    return scalar(p, SLOT_FOR[p.kind], TEXT_NAMES.get(p.kind))
+
+
+def kind_hex(r, p, a, prelude, state):
+    return scalar(p, SLOT_FOR['hex ' + p.base])
+
+
+def kind_header(r, p, a, prelude, state):
+    return Item('writer->putGLintHeader(writer, %s, %s);' % (a[0], p.name), 4, param=p,
+                read=('SCALAR', p, TEXT_NAMES.get(p.base, 'NUMBER'), None, []))
+
+
+def kind_vector(r, p, a, prelude, state):
+    elem, width = element(p)
+    if p.kind == 'byEnum' and not p.is_pointer:
+        return Item('writer->putGL%sByEnum(writer, %s, %s);' % (elem, a[0], p.name), width, align=width,
+                    param=p, read=('SCALAR', p, TEXT_NAMES.get(p.base, 'NUMBER'), None, []))
+    count = count_expr(a[0], prelude, 'count_' + p.name)
+    if p.kind == 'vec':
+        code = 'writer->putGL%sVector(writer, %s, %s);' % (elem, count, p.name)
+    else:
+        code = 'writer->putGL%sVectorByEnum(writer, %s, %s, %s);' % (elem, a[0].split(':')[0], count, p.name)
+    table, refs = (a[0].split(':')[1], [a[0].split(':')[0]]) if ':' in a[0] else (None, [a[0]])
+    read = ('VECTOR', p, 'NUMBER', table, refs)
+    if count.isdigit():
+        return Item(code, width * int(count), align=width, param=p, read=read)
+    return Item(code, 0, '%d * (uint64_t)%s' % (width, count), align=width, param=p, read=read)
+
+
+def kind_matrix(r, p, a, prelude, state):
+    elem, width = element(p)
+    return Item('writer->putGL%sMatrix(writer, %s);' % (elem, p.name), 16 * width, align=width, param=p,
+                read=('MATRIX', p, 'NUMBER', None, []))
+
+
+def kind_string(r, p, a, prelude, state):
+    n = p.name
+    prelude.append('GLuint size_%s = gls_string_field_size(ctx, %s);' % (n, n))
+    return Item('writer->putString(writer, size_%s, %s);' % (n, n), 0, 'size_' + n, param=p,
+                read=('STRING', 'GLS_ELEMENT_UBYTE', 'NUMBER', None, []))
+
+
+def kind_pointer(r, p, a, prelude, state):
+    # The out-argument slot 4 stands for pointers.
+    return Item('writer->putGLpointer(writer, %s);' % p.name, 8, align=8, param=p,
+                read=('POINTER', 'GLS_ELEMENT_LONG', 'NUMBER', None, [4]))
+
+
+def kind_bytes(prepare, put, read_kind):
+    """Kinds written as counted bytes by a helper of the codec."""
+    def kind(r, p, a, prelude, state):
+        n = p.name
+        prelude.append('uint64_t bytes_%s = %s;' % (n, prepare(n, a)))
+        return Item(put(n, a), 0, 'bytes_' + n, 1, param=p,
+                    read=(read_kind, 'GLS_ELEMENT_UBYTE', 'NUMBER', None, list(a)))
+    return kind
+
+
+def kind_map(r, p, a, prelude, state):
+    elem, width = element(p)
+    read = ('MAP1' if p.kind == 'map1' else 'MAP2', p, 'NUMBER', None, list(a))
+    return Item('gls_put_map_points(writer, &map, %d, %s);' % (width, p.name), 0, '%d * map.values' % width,
+                align=width, param=p, read=read)
+
+
+def kind_image(r, p, a, prelude, state):
+    # The layout is taken before the command begins: the unpack state decides the size.
+    if p.kind == 'bitmap':
+        fmt, typ, width, height, depth = 'GL_COLOR_INDEX', 'GL_BITMAP', a[0], a[1], None
+        refs = list(a)
+    else:
+        fmt, typ, width, height = a[:4]
+        depth = a[4] if len(a) > 4 else None
+        refs = list(a) + ['1'] * (5 - len(a))  # a flat image is one deep
+    n = p.name
+    prelude.append('GlsPixelLayout pixels_%s = gls_pixel_layout(ctx, %s, %s, %s, %s, %s, %s, %s);' %
+                   (n, fmt, typ, width, height, depth or '1', 'true' if depth else 'false', n))
+    return Item('gls_put_pixel_data(writer, &pixels_%s);' % n, 0, 'pixels_%s.bytes' % n, 1, param=p,
+                read=(p.kind.upper(), 'GLS_ELEMENT_UBYTE', 'NUMBER', None, refs))
+
+
+KINDS = {
+    None: kind_plain,
+    'hex': kind_hex,
+    'header': kind_header,
+    'vec': kind_vector,
+    'byEnum': kind_vector,
+    'matrix': kind_matrix,
+    'string': kind_string,
+    'pointer': kind_pointer,
+    'callLists': kind_bytes(lambda n, a: 'gls_call_lists_bytes(%s, %s)' % (a[1], a[0]),
+                            lambda n, a: 'gls_put_call_lists(writer, %s, %s, %s);' % (a[1], a[0], n), 'CALL_LISTS'),
+    'indices': kind_bytes(lambda n, a: 'gls_draw_elements_bytes(%s, %s, %s)' % (a[1], a[0], n),
+                          lambda n, a: 'gls_put_draw_elements(writer, %s, %s, %s);' % (a[1], a[0], n), 'INDICES'),
+    'vertexData': kind_bytes(lambda n, a: 'gls_vertex_data_bytes(%s, %s)' % (a[0], a[1]),
+                             lambda n, a: 'writer->putGLvertexData(writer, %s, (GLuint)bytes_%s, %s);' % (a[0], n, n),
+                             'VERTEX_DATA'),
+    'map1': kind_map,
+    'map2': kind_map,
+    'image': kind_image,
+    'bitmap': kind_image,
+}
+KINDS.update({k: kind_named_slot for k in SLOT_FOR if k[0].islower() and ' ' not in k})
+
+
 def items_of(r):
     """The prelude lines and the items of a command's write step."""
     prelude, items, overrides = [], [], {}
-    out_index = 0
+    state = {'outs': 0}
     if any(p.kind in ('image', 'bitmap') for p in r.params):
-        items.append(Item('writer->putGLSimageFlags(writer, GLS_NONE);\nwriter->nextList(writer);', 4))
+        items.append(Item('writer->putGLSimageFlags(writer, GLS_NONE);\nwriter->nextList(writer);', 4,
+                          read=('IMAGE_FLAGS', 'GLS_ELEMENT_UINT', 'NUMBER', None, [0])))
     for p in r.params:
         if p.kind == 'map1':
             target, stride, order = p.kind_args
@@ -81,73 +204,19 @@ def items_of(r):
             overrides[ustride] = 'map.ustride'
             overrides[vstride] = 'map.vstride'
     for p in r.params:
-        k, a, n = p.kind, p.kind_args, p.name
-        if n in overrides:
-            items.append(Item('writer->putGLint(writer, %s);' % overrides[n], 4, param=p))
-        elif k is None and p.is_pointer:
-            if 'const' in p.ctype:
-                raise ValueError('%s: an input pointer needs a stream kind' % n)
-            items.append(Item('writer->putGLoutArg(writer, %d, %s);' % (out_index, n), 8, align=8, param=p))
-            out_index += 1
-        elif k is None or k in NAMED_SLOTS:
-            slot = NAMED_SLOTS.get(k) or SCALAR_SLOTS.get(p.base)
-            if not slot:
-                raise ValueError('%s: %s needs a stream kind' % (n, p.ctype))
-            width = ELEMENTS.get(p.base, ('', 4))[1]
-            items.append(Item('writer->%s(writer, %s);' % (slot, n), width, align=width, param=p))
-        elif k == 'hex':
-            slot = {'GLuint': 'putGLuintHex', 'GLushort': 'putGLushortHex'}[p.base]
-            width = ELEMENTS[p.base][1]
-            items.append(Item('writer->%s(writer, %s);' % (slot, n), width, align=width, param=p))
-        elif k == 'byEnum' and not p.is_pointer:
-            elem, width = element(p)
-            items.append(Item('writer->putGL%sByEnum(writer, %s, %s);' % (elem, a[0], n), width, align=width, param=p))
-        elif k in ('vec', 'byEnum'):
-            elem, width = element(p)
-            count = count_expr(a[0], prelude, 'count_' + n)
-            if k == 'vec':
-                code = 'writer->putGL%sVector(writer, %s, %s);' % (elem, count, n)
-            else:
-                code = 'writer->putGL%sVectorByEnum(writer, %s, %s, %s);' % (elem, a[0].split(':')[0], count, n)
-            if count.isdigit():
-                items.append(Item(code, width * int(count), align=width, param=p))
-            else:
-                items.append(Item(code, 0, '%d * (uint64_t)%s' % (width, count), align=width, param=p))
-        elif k == 'matrix':
-            elem, width = element(p)
-            items.append(Item('writer->putGL%sMatrix(writer, %s);' % (elem, n), 16 * width, align=width, param=p))
-        elif k == 'string':
-            prelude.append('GLuint size_%s = gls_string_field_size(ctx, %s);' % (n, n))
-            items.append(Item('writer->putString(writer, size_%s, %s);' % (n, n), 0, 'size_' + n, param=p))
-        elif k == 'pointer':
-            items.append(Item('writer->putGLpointer(writer, %s);' % n, 8, align=8, param=p))
-        elif k == 'header':
-            items.append(Item('writer->putGLintHeader(writer, %s, %s);' % (a[0], n), 4, param=p))
-        elif k == 'callLists':
-            prelude.append('uint64_t bytes_%s = gls_call_lists_bytes(%s, %s);' % (n, a[1], a[0]))
-            items.append(Item('gls_put_call_lists(writer, %s, %s, %s);' % (a[1], a[0], n), 0, 'bytes_' + n, 1, param=p))
-        elif k == 'indices':
-            prelude.append('uint64_t bytes_%s = gls_draw_elements_bytes(%s, %s, %s);' % (n, a[1], a[0], n))
-            items.append(Item('gls_put_draw_elements(writer, %s, %s, %s);' % (a[1], a[0], n), 0, 'bytes_' + n, 1, param=p))
-        elif k in ('map1', 'map2'):
-            elem, width = element(p)
-            items.append(Item('gls_put_map_points(writer, &map, %d, %s);' % (width, n), 0, '%d * map.values' % width, align=width, param=p))
-        elif k == 'vertexData':
-            prelude.append('uint64_t bytes_%s = gls_vertex_data_bytes(%s, %s);' % (n, a[0], a[1]))
-            items.append(Item('writer->putGLvertexData(writer, %s, (GLuint)bytes_%s, %s);' % (a[0], n, n), 0, 'bytes_' + n, 1, param=p))
-        elif k in ('image', 'bitmap'):
-            # The layout is taken before the command begins: the unpack state decides the size.
-            if k == 'bitmap':
-                fmt, typ, width, height, depth = 'GL_COLOR_INDEX', 'GL_BITMAP', a[0], a[1], None
-            else:
-                fmt, typ, width, height = a[:4]
-                depth = a[4] if len(a) > 4 else None
-            prelude.append('GlsPixelLayout pixels_%s = gls_pixel_layout(ctx, %s, %s, %s, %s, %s, %s, %s);' %
-                           (n, fmt, typ, width, height, depth or '1', 'true' if depth else 'false', n))
-            items.append(Item('gls_put_pixel_data(writer, &pixels_%s);' % n, 0, 'pixels_%s.bytes' % n, 1, param=p))
+        if p.name in overrides:
+            items.append(Item('writer->putGLint(writer, %s);' % overrides[p.name], 4, param=p,
+                              read=('SCALAR', 'GLS_ELEMENT_INT', 'NUMBER', None, [])))
+        elif p.kind in KINDS:
+            items.append(KINDS[p.kind](r, p, p.kind_args, prelude, state))
         else:
-            raise ValueError('%s: unknown stream kind %s' % (n, k))
+            raise ValueError('%s: unknown stream kind %s' % (p.name, p.kind))
     return prelude, items
+
+
+def filler(pad):
+    return Item('writer->putGLnothing(writer, %d);' % pad, pad, pad=pad,
+                read=('PAD', 'GLS_ELEMENT_UBYTE', 'NUMBER', None, [pad]))
 
 
 def layout(items):
@@ -157,12 +226,12 @@ def layout(items):
     for it in items:
         if it.align in (2, 4) and static % it.align and not dynamic:
             pad = it.align - static % it.align
-            placed.append(Item('writer->putGLnothing(writer, %d);' % pad, pad, pad=pad))
+            placed.append(filler(pad))
             static += pad
         if it.align == 8:
             if static % 4 and not dynamic:
                 pad = 4 - static % 4
-                placed.append(Item('writer->putGLnothing(writer, %d);' % pad, pad, pad=pad))
+                placed.append(filler(pad))
                 static += pad
             if first_double is None:
                 first_double = static
@@ -170,7 +239,7 @@ def layout(items):
                 parity = '0' if not dynamic and static % 8 == 0 else \
                     '1' if not dynamic else '((%s) / 4) & 1' % ' + '.join(terms)
             elif not dynamic and (static - first_double) % 8:
-                placed.append(Item('writer->putGLnothing(writer, 4);', 4, pad=4))
+                placed.append(filler(4))
                 static += 4
         placed.append(it)
         static += it.size
@@ -246,16 +315,6 @@ def capture_function(r):
     return ''.join(out)
 
 
-def wrapper_forwarder(r):
-    ret = 'return ' if r.returns else ''
-    nothing = '        return 0;\n' if r.returns else '        return;\n'
-    # With no capture open it does nothing: the wrappers call it on every call.
-    return ('static %s GLS_APIENTRY wrap_%s(%s)\n{\n'
-            '    GlsContext *ctx = gls_current();\n'
-            '    if (!ctx || ctx->captureNesting <= 0)\n%s'
-            '    %scapture_%s(%s);\n}\n\n' % (r.ret, r.name, r.decl_params(), nothing, ret, r.name, r.arg_names()))
-
-
 def table(name, cmds, prefix):
     return opcode_rows('const GlsFunc %s[GLS_OPCODE_COUNT]' % name, cmds, lambda r: '(GlsFunc)%s%s' % (prefix, r.name)) + '\n'
 
@@ -264,10 +323,6 @@ def gen_capture(cmds):
     out = ['// Capture functions: callbacks, execute and write by the opcode\'s capture flags.\n']
     out += [capture_function(r) for r in cmds]
     out.append(table('gls_default_capture', cmds, 'capture_'))
-    out.append('// Wrapper forwarders: the debug wrappers\' way to the capture functions, past the\n'
-               '// captureFuncs rows in which they are installed themselves.\n')
-    out += [wrapper_forwarder(r) for r in cmds]
-    out.append(table('gls_wrapper_forwarders', cmds, 'wrap_'))
     return ''.join(out)
 
 

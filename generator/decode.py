@@ -8,7 +8,7 @@ parse a statement; a generated thunk per command then makes the call with the ex
 The decode, swap and text rows are one-line functions around the interpreter.
 """
 import capture
-from table import opcode_rows
+from table import opcode_rows, OPCODE_COUNT
 
 ELEMENT_NAMES = {
     'GLbyte': 'BYTE', 'GLubyte': 'UBYTE', 'GLboolean': 'BOOLEAN', 'GLshort': 'SHORT',
@@ -16,14 +16,6 @@ ELEMENT_NAMES = {
     'GLclampf': 'FLOAT', 'GLdouble': 'DOUBLE', 'GLclampd': 'DOUBLE', 'GLlong': 'LONG',
     'GLenum': 'UINT', 'GLSenum': 'INT', 'GLSopcode': 'INT', 'GLbitfield': 'UINT',
 }
-# How a scalar's text names its value, by C type or stream kind.
-TYPE_NAMES = {'GLenum': 'ENUM', 'GLSenum': 'GLS_ENUM', 'GLSopcode': 'OPCODE'}
-KIND_NAMES = {'clearMask': 'ATTRIB_MASK', 'attribMask': 'ATTRIB_MASK',
-              'clientAttribMask': 'CLIENT_ATTRIB_MASK', 'blendFactor': 'ENUM', 'stencilOp': 'ENUM',
-              'drawBuffer': 'ENUM', 'begin': 'ENUM'}
-# Stream kinds whose arguments name earlier parameters, in this order.
-REF_KINDS = {'callLists': 'CALL_LISTS', 'indices': 'INDICES', 'map1': 'MAP1', 'map2': 'MAP2',
-             'vertexData': 'VERTEX_DATA', 'image': 'IMAGE', 'bitmap': 'BITMAP'}
 
 
 def ref(r, text):
@@ -44,52 +36,15 @@ def element(p):
     return 'GLS_ELEMENT_' + ELEMENT_NAMES[p.base]
 
 
-def desc(t, r, item, out_index):
-    """The initializer of one argument: kind, element, name, table, argument index, refs."""
-    if item.param is None:
-        if item.pad:
-            return '{GLS_ARG_PAD, GLS_ELEMENT_UBYTE, GLS_NAME_NUMBER, -1, -1, {%d, 0, 0, 0, 0}}' % item.pad
-        return '{GLS_ARG_IMAGE_FLAGS, GLS_ELEMENT_UINT, GLS_NAME_NUMBER, -1, -1, {0, 0, 0, 0, 0}}'
-    p = item.param
-    index = r.params.index(p)
-    k, a = p.kind, p.kind_args
-    refs = [0, 0, 0, 0, 0]
-    table = -1
-    name = 'NUMBER'
-    elem = None
-    if item.code.startswith('writer->putGLint(writer, map.'):
-        kind, elem = 'SCALAR', 'GLS_ELEMENT_INT'
-    elif k is None and p.is_pointer:
-        kind, elem = 'OUT', 'GLS_ELEMENT_LONG'
-        refs[0] = out_index
-    elif k is None or k in capture.NAMED_SLOTS or k in ('hex', 'header') or (k == 'byEnum' and not p.is_pointer):
-        kind, elem = 'SCALAR', element(p)
-        name = KIND_NAMES.get(k) or TYPE_NAMES.get(p.base, 'NUMBER')
-    elif k in ('vec', 'byEnum'):
-        kind, elem = 'VECTOR', element(p)
-        rule = a[0]
-        if ':' in rule:
-            pname, tname = rule.split(':')
-            refs[0] = ref(r, pname)
-            table = size_table_index(t, tname)
-        else:
-            refs[0] = ref(r, rule)
-    elif k == 'matrix':
-        kind, elem = 'MATRIX', element(p)
-    elif k == 'string':
-        kind, elem = 'STRING', 'GLS_ELEMENT_UBYTE'
-    elif k == 'pointer':
-        kind, elem = 'POINTER', 'GLS_ELEMENT_LONG'
-        refs[0] = 4  # the out-argument slot that stands for pointers
-    elif k in REF_KINDS:
-        kind = REF_KINDS[k]
-        elem = element(p) if k in ('map1', 'map2') else 'GLS_ELEMENT_UBYTE'
-        if k == 'image':
-            a = list(a) + ['1'] * (5 - len(a))  # a flat image is one deep
-        for i, arg in enumerate(a):
-            refs[i] = ref(r, arg)
-    else:
-        raise ValueError('%s: unknown stream kind %s' % (p.name, k))
+def desc(t, r, item):
+    """The initializer of one argument: kind, element, name, table, argument index, refs. The
+    item says how it is read (capture.KINDS); a reference by name becomes an argument index."""
+    kind, elem, name, table, refs = item.read
+    if not isinstance(elem, str):
+        elem = element(elem)
+    index = r.params.index(item.param) if item.param is not None else -1
+    table = size_table_index(t, table) if table else -1
+    refs = [x if isinstance(x, int) else ref(r, x) for x in refs] + [0] * (5 - len(refs))
     return '{GLS_ARG_%s, %s, GLS_NAME_%s, %d, %d, {%s}}' % (
         kind, elem, name, table, index, ', '.join(str(x) for x in refs))
 
@@ -121,13 +76,7 @@ def gen_decode(t, header):
     out = [header, '#include "gls/decode.h"\n\n#include "gen/commands.h"\n#include "gls/tables.h"\n\n']
     out.append('// Arguments of each command in stream order, as its capture function writes them.\n')
     for r in cmds:
-        items = command_items(r)
-        outs = 0
-        rows = []
-        for it in items:
-            rows.append(desc(t, r, it, outs))
-            if it.param is not None and it.param.kind is None and it.param.is_pointer:
-                outs += 1
+        rows = [desc(t, r, it) for it in command_items(r)]
         if rows:
             out.append('static const GlsArgDesc args_%s[%d] = {\n' % (r.name, len(rows)))
             out += ['    %s,\n' % x for x in rows]
@@ -139,7 +88,7 @@ def gen_decode(t, header):
         out.append('static void call_%s(GlsFunc f, const GlsArgValue *%s)\n{\n    ((fn_%s)f)(%s);\n}\n' %
                    (r.name, used, r.name, args))
     out.append('\nconst GlsCommandDesc gls_command_descs[GLS_OPCODE_COUNT] = {\n')
-    rows = ['{nullptr, 0, 0, nullptr}'] * 496
+    rows = ['{nullptr, 0, 0, nullptr}'] * OPCODE_COUNT
     for r in cmds:
         n = len(command_items(r))
         rows[r.opcode] = '{%s, %d, %d, call_%s}' % ('args_' + r.name if n else 'nullptr', n, len(r.params), r.name)

@@ -13,13 +13,15 @@ OUTDIR (the build's gen folder, included as "gen/..."):
     gl_enums.h          GL enumerant constants from the registry
     catalogue.cpp       the four catalogue name lists, opcode of call, wrapper of opcode rows
     gls_tables.cpp      per-opcode tables: names, attribute bytes, bind list, null functions,
-                        table forwarders, capture functions and wrapper forwarders (capture.py)
+                        table forwarders and capture functions (capture.py)
     gls_sizes.cpp       the value counts by pname and the parameters written by name
     gls_names.cpp       GL and GLS enumerant pages and the alias table (enums.py)
     exports.cpp         the exported GL entry points (direct, scalar folding, alias), the WGL
                         exports and the GDI wrappers
-    wrappers.cpp        the debug wrappers, one thin thunk per GL catalogue row (wrappers.py);
-                        hooks.h their after-call hooks
+    wrappers.cpp        the debug wrappers, one thin thunk per GL row with a command
+                        (wrappers.py); hooks.h their after-call hooks
+    writer_slots.h      the writer's slots: GlsWriter's fields, the binary and text writers'
+                        settings (slots.py)
     gls_decode.cpp      the reading side's rows: argument descriptors, call thunks, decode, swap
                         and text rows (decode.py)
     command_samples.cpp a call of every command, and recording stubs of the default dispatch,
@@ -37,6 +39,7 @@ import capture
 import decode
 import player
 import enums
+import slots
 import state
 import table as tbl
 import wrappers
@@ -265,16 +268,16 @@ def gen_exports(t):
     for r in t.wgl:
         out.append(wgl_wrapper(r, 'wgl', 'extern "C" %s WINAPI %s' % (r.ret, r.name)))
     for r in t.gdi:
-        out.append(wgl_wrapper(r, 'gdi', 'static %s WINAPI wrap_%s' % (r.ret, r.name)))
+        out.append(wgl_wrapper(r, 'gdi', 'static %s WINAPI gdi_%s' % (r.ret, r.name)))
     out.append('// The GLU wrappers: the note, the indent of the GL calls made beneath, the count behind.\n')
     for r in t.glu:
         out.append(glu_wrapper(r))
     out.append('// Not exported and not reached: kept for the catalogue rows they stand for.\n')
     out.append('const GlsFunc gdi_wrappers[GDI_CALL_COUNT] = {\n')
-    out += ['    (GlsFunc)wrap_%s,\n' % r.name for r in t.gdi]
+    out += ['    (GlsFunc)gdi_%s,\n' % r.name for r in t.gdi]
     out.append('};\n')
     out.append('const GlsFunc glu_wrappers[GLU_CALL_COUNT] = {\n')
-    out += ['    (GlsFunc)wrap_%s,\n' % r.name for r in t.glu]
+    out += ['    (GlsFunc)idle_%s,\n' % r.name for r in t.glu]
     out.append('};\n')
     return ''.join(out)
 
@@ -282,7 +285,7 @@ def gen_exports(t):
 def glu_wrapper(r):
     # The real row is called as it stands, null or not: nothing reaches these wrappers.
     real = '((fn_%s)record->library_table->glu[ROW_%s])(%s)' % (r.name, r.name, r.arg_names())
-    out = ['static %s GLS_APIENTRY wrap_%s(%s)\n{\n' % (r.ret, r.name, r.decl_params()),
+    out = ['static %s GLS_APIENTRY idle_%s(%s)\n{\n' % (r.ret, r.name, r.decl_params()),
            '    thread_record *record = thread_entry();\n',
            '    if (record->per_proc->History == 1)\n',
            '        history_note(glu_call_names[ROW_%s]);\n' % r.name,
@@ -362,7 +365,7 @@ def gen_forwarding_def(t):
 
 
 def vendor_extensions(t):
-    return {r.comment.split()[0] for r in t.gl if r.comment.startswith('GL_')}
+    return {r.vendor for r in t.gl if r.vendor}
 
 
 def data_gl_names(t):
@@ -397,6 +400,7 @@ def main():
         'exports.cpp': gen_exports(table),
         'wrappers.cpp': wrappers.gen_wrappers(table, HEADER),
         'hooks.h': wrappers.gen_hooks_header(table, HEADER),
+        'writer_slots.h': slots.gen_slots_header(HEADER),
         'command_samples.cpp': capture.gen_samples(commands, HEADER) + decode.gen_recorders(commands),
         'gls_decode.cpp': decode.gen_decode(table, HEADER),
         'dispatch_calls.h': capture.gen_dispatch_calls(commands, HEADER),

@@ -58,13 +58,13 @@ class Param:
 
 
 class Row:
-    def __init__(self, family, name, ret, params, fields, comment):
+    def __init__(self, family, name, ret, params, fields):
         self.family = family
         self.name = name
         self.ret = ret
         self.params = params
         self.fields = fields
-        self.comment = comment
+        self.vendor = None  # the extension of a vendor-suffixed row
         self.opcode = None
         self.export = None
         self.attr = 0
@@ -108,14 +108,15 @@ def split_top(text):
     return parts
 
 
-def parse_function(words, sig, comment):
+def parse_function(words, sig):
     m = re.match(r'^(.*?)\s*\((.*)\)$', sig.strip())
     ret = ' '.join(m.group(1).split())
     ptext = m.group(2).strip()
     params = [] if ptext in ('', 'void') else [Param(t) for t in split_top(ptext)]
     fields = [w for w in words[2:] if '=' not in w]
     keys = dict(w.split('=', 1) for w in words[2:] if '=' in w)
-    row = Row(words[0], words[1], ret, params, fields, comment)
+    row = Row(words[0], words[1], ret, params, fields)
+    row.vendor = keys.get('vendor')
     row.attr = int(keys.get('attr', 0))
     # hook: the row's own after-call hook, hook_NAME; hook=FUNCTION names a shared one.
     row.hook = keys.get('hook') or ('hook_' + row.name if 'hook' in fields else None)
@@ -153,11 +154,7 @@ class Data:
 def parse_table(path):
     rows, data = [], Data()
     for number, line in enumerate(open(path, encoding='utf-8'), 1):
-        comment = ''
-        if '#' in line:
-            line, comment = line.split('#', 1)
-            comment = comment.strip()
-        line = line.strip()
+        line = line.split('#', 1)[0].strip()
         if not line:
             continue
         try:
@@ -165,7 +162,7 @@ def parse_table(path):
             form = words[0]
             if form in FUNCTION_FAMILIES:
                 head, sig = line.split(' : ', 1)
-                rows.append(parse_function(head.split(), sig, comment))
+                rows.append(parse_function(head.split(), sig))
             elif form == 'glsenum':
                 if words[3:] not in ([], ['dict']):
                     raise ValueError('glsenum NAME VALUE [dict]')
@@ -215,11 +212,11 @@ class Table:
 
     def _command_names(self):
         # The codec has a command for every opcode that holds a row without a vendor suffix
-        # (vendor rows name their extension in a comment); of a core name and its EXT spelling
-        # on one opcode, the core name is the command's.
+        # (vendor rows name their extension); of a core name and its EXT spelling on one opcode,
+        # the core name is the command's.
         by_op = {}
         for r in self.gl:
-            if not r.comment:
+            if not r.vendor:
                 by_op.setdefault(r.opcode, []).append(r)
         names = set()
         for members in by_op.values():

@@ -1,6 +1,7 @@
-"""The 460 debug wrappers. Each is a thin thunk: it packs its arguments and hands them with its
-row to debug_call (interception/debug_call.cpp), the one control loop of every debugged call.
-What varies by row is named once: the call through the capture path, and the after-call hook.
+"""The debug wrappers, one for each GL row on an opcode the codec has a command for. Each is a
+thin thunk: it packs its arguments and hands them with its row to debug_call
+(interception/debug_call.cpp), the one control loop of every debugged call. What varies by row
+is named once: the call of the capture function, and the after-call hook.
 """
 
 
@@ -18,17 +19,13 @@ def wrapper(t, r):
     out = ['// %s\n' % r.name]
     if has_args:
         out.append(args_struct(r))
-    # The call through the capture path: the real call, or the text alone while halted.
+    # The call through the capture function: the real call, or the text alone while halted.
     out.append('static void call_%s(const void *%s, void *%s)\n{\n' %
                (r.name, 'packed' if has_args else '', 'result' if r.returns else ''))
-    if r.opcode in t.commands:
-        if has_args:
-            out.append('    const args_%s *a = (const args_%s *)packed;\n' % (r.name, r.name))
-        keep = '*(%s *)result = ' % r.ret if r.returns else ''
-        out.append('    %s((fn_%s)gls_wrapper_forwarders[OP_%s])(%s);\n' % (keep, r.name, r.name, unpacked(r)))
-    else:
-        out.append('    // No codec command: the wrapper is never installed.\n')
-    out.append('}\n')
+    if has_args:
+        out.append('    const args_%s *a = (const args_%s *)packed;\n' % (r.name, r.name))
+    keep = '*(%s *)result = ' % r.ret if r.returns else ''
+    out.append('    %s((fn_%s)gls_default_capture[OP_%s])(%s);\n}\n' % (keep, r.name, r.name, unpacked(r)))
     hook = 'nullptr'
     if r.hook:
         hook = 'after_%s' % r.name
@@ -54,11 +51,17 @@ def wrapper(t, r):
     return ''.join(out)
 
 
+def installed(t, r):
+    """A row is installed on its opcode when the codec has a command there: the vendor rows
+    without one get no wrapper at all."""
+    return r.opcode in t.commands
+
+
 def gen_wrappers(t, header):
     out = [header, '#include "interception/wrapper.h"\n#include "gen/hooks.h"\n#include "gls/tables.h"\n\n']
-    out += [wrapper(t, r) for r in t.gl]
+    out += [wrapper(t, r) for r in t.gl if installed(t, r)]
     out.append('const GlsFunc debug_wrappers[GL_CALL_COUNT] = {\n')
-    out += ['    (GlsFunc)debug_%s,\n' % r.name for r in t.gl]
+    out += ['    %s,\n' % ('(GlsFunc)debug_' + r.name if installed(t, r) else 'nullptr') for r in t.gl]
     out.append('};\n')
     return ''.join(out)
 

@@ -337,69 +337,7 @@ static GLboolean external_allocate(GlsWriter *w, size_t size)
 template <bool Swap>
 static void init_slots(GlsWriter *w)
 {
-    w->padToDouble = pad_to_double<Swap>;
-    w->allocate = external_allocate;
-    w->beginCommand = begin_command<Swap>;
-    w->endCommand = end_command<Swap>;
-    w->nextList = next_list;
-    w->putString = put_string<Swap>;
-    w->putGLSenum = put_scalar<Swap, GLint>;
-    w->putGLSimageFlags = put_scalar<Swap, GLbitfield>;
-    w->putGLlong = put_scalar<Swap, GLlong>;
-    w->putGLulongHex = put_scalar<Swap, GLulong>;
-    w->putGLlongVector = put_vector<Swap, GLlong>;
-    w->putGLSopcode = put_scalar<Swap, GLint>;
-    w->putGLattribMask = put_scalar<Swap, GLbitfield>;
-    w->putGLbitmap = put_bitmap<Swap>;
-    w->putGLblendFactor = put_scalar<Swap, GLenum>;
-    w->putGLboolean = put_scalar<Swap, GLboolean>;
-    w->putGLbooleanVector = put_vector<Swap, GLboolean>;
-    w->putGLbooleanImage = put_image<Swap, GLboolean>;
-    w->putGLbyte = put_scalar<Swap, GLbyte>;
-    w->putGLbyteVector = put_vector<Swap, GLbyte>;
-    w->putGLbyteImage = put_image<Swap, GLbyte>;
-    w->putGLclearMask = put_scalar<Swap, GLbitfield>;
-    w->putGLclientAttribMask = put_scalar<Swap, GLbitfield>;
-    w->putGLdouble = put_scalar<Swap, GLdouble>;
-    w->putGLdoubleByEnum = put_by_enum<Swap, GLdouble>;
-    w->putGLdoubleVectorByEnum = put_vector_by_enum<Swap, GLdouble>;
-    w->putGLdoubleMatrix = put_matrix<Swap, GLdouble>;
-    w->putGLdoubleVector = put_vector<Swap, GLdouble>;
-    w->putGLdoubleImage = put_image<Swap, GLdouble>;
-    w->putGLdrawBuffer = put_scalar<Swap, GLenum>;
-    w->putGLenum = put_scalar<Swap, GLenum>;
-    w->putGLfloat = put_scalar<Swap, GLfloat>;
-    w->putGLfloatByEnum = put_by_enum<Swap, GLfloat>;
-    w->putGLfloatVectorByEnum = put_vector_by_enum<Swap, GLfloat>;
-    w->putGLfloatMatrix = put_matrix<Swap, GLfloat>;
-    w->putGLfloatVector = put_vector<Swap, GLfloat>;
-    w->putGLfloatImage = put_image<Swap, GLfloat>;
-    w->putGLint = put_scalar<Swap, GLint>;
-    w->putGLintHeader = put_by_enum<Swap, GLint>;
-    w->putGLintByEnum = put_by_enum<Swap, GLint>;
-    w->putGLintVectorByEnum = put_vector_by_enum<Swap, GLint>;
-    w->putGLintVector = put_vector<Swap, GLint>;
-    w->putGLintImage = put_image<Swap, GLint>;
-    w->putGLoutArg = put_out_arg<Swap>;
-    w->putGLshort = put_scalar<Swap, GLshort>;
-    w->putGLshortVector = put_vector<Swap, GLshort>;
-    w->putGLshortImage = put_image<Swap, GLshort>;
-    w->putGLstencilOp = put_scalar<Swap, GLenum>;
-    w->putGLtextureComponents = put_scalar<Swap, GLint>;
-    w->putGLubyte = put_scalar<Swap, GLubyte>;
-    w->putGLubyteVector = put_vector<Swap, GLubyte>;
-    w->putGLubyteImage = put_image<Swap, GLubyte>;
-    w->putGLuint = put_scalar<Swap, GLuint>;
-    w->putGLuintHex = put_scalar<Swap, GLuint>;
-    w->putGLuintVector = put_vector<Swap, GLuint>;
-    w->putGLuintImage = put_image<Swap, GLuint>;
-    w->putGLushort = put_scalar<Swap, GLushort>;
-    w->putGLushortHex = put_scalar<Swap, GLushort>;
-    w->putGLushortVector = put_vector<Swap, GLushort>;
-    w->putGLushortImage = put_image<Swap, GLushort>;
-    w->putGLvertexData = put_vertex_data<Swap>;
-    w->putGLpointer = put_pointer<Swap>;
-    w->putGLnothing = put_nothing<Swap>;
+    GLS_BINARY_WRITER_SLOTS(w);
 }
 
 void gls_init_binary_slots(GlsWriter *writer, int type)

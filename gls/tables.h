@@ -10,8 +10,6 @@ extern const uint8_t gls_attributes[GLS_OPCODE_COUNT];
 extern const GlsFunc gls_null_funcs[GLS_OPCODE_COUNT];
 extern const GlsFunc gls_forwarders[GLS_OPCODE_COUNT];
 extern const GlsFunc gls_default_capture[GLS_OPCODE_COUNT];
-// What the debug wrappers call: the capture function while a capture is open, else nothing.
-extern const GlsFunc gls_wrapper_forwarders[GLS_OPCODE_COUNT];
 // GL commands bound in the real library, ending with a row 0.
 extern const int32_t gls_bind_list[];
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "gls/gls_context.h"
+#include "gen/writer_slots.h"
 
 struct GlsWriter;
 struct GlsOutStream;
@@ -45,69 +46,7 @@ typedef void (*GlsPointerSlot)(GlsWriter *, const GLvoid *pointer);
 typedef void (*GlsNothingSlot)(GlsWriter *, GLuint size);
 
 struct GlsWriter {
-    GlsPadSlot padToDouble;                        // 0
-    GlsAllocateSlot allocate;                      // 1
-    GlsBeginCommandSlot beginCommand;              // 2
-    GlsVoidSlot endCommand;                        // 3
-    GlsVoidSlot nextList;                          // 4
-    GlsStringSlot putString;                       // 5
-    GlsIntSlot putGLSenum;                         // 6
-    GlsBitfieldSlot putGLSimageFlags;              // 7
-    GlsLongSlot putGLlong;                         // 8
-    GlsUlongSlot putGLulongHex;                    // 9
-    GlsVectorSlot putGLlongVector;                 // 10
-    GlsIntSlot putGLSopcode;                       // 11
-    GlsBitfieldSlot putGLattribMask;               // 12
-    GlsBitmapSlot putGLbitmap;                     // 13
-    GlsEnumSlot putGLblendFactor;                  // 14
-    GlsBooleanSlot putGLboolean;                   // 15
-    GlsVectorSlot putGLbooleanVector;              // 16
-    GlsImageSlot putGLbooleanImage;                // 17
-    GlsByteSlot putGLbyte;                         // 18
-    GlsVectorSlot putGLbyteVector;                 // 19
-    GlsImageSlot putGLbyteImage;                   // 20
-    GlsBitfieldSlot putGLclearMask;                // 21
-    GlsBitfieldSlot putGLclientAttribMask;         // 22
-    GlsDoubleSlot putGLdouble;                     // 23
-    GlsDoubleByEnumSlot putGLdoubleByEnum;         // 24
-    GlsVectorByEnumSlot putGLdoubleVectorByEnum;   // 25
-    GlsMatrixSlot putGLdoubleMatrix;               // 26
-    GlsVectorSlot putGLdoubleVector;               // 27
-    GlsImageSlot putGLdoubleImage;                 // 28
-    GlsEnumSlot putGLdrawBuffer;                   // 29
-    GlsEnumSlot putGLenum;                         // 30
-    GlsFloatSlot putGLfloat;                       // 31
-    GlsFloatByEnumSlot putGLfloatByEnum;           // 32
-    GlsVectorByEnumSlot putGLfloatVectorByEnum;    // 33
-    GlsMatrixSlot putGLfloatMatrix;                // 34
-    GlsVectorSlot putGLfloatVector;                // 35
-    GlsImageSlot putGLfloatImage;                  // 36
-    GlsIntSlot putGLint;                           // 37
-    GlsIntByEnumSlot putGLintHeader;               // 38
-    GlsIntByEnumSlot putGLintByEnum;               // 39
-    GlsVectorByEnumSlot putGLintVectorByEnum;      // 40
-    GlsVectorSlot putGLintVector;                  // 41
-    GlsImageSlot putGLintImage;                    // 42
-    GlsOutArgSlot putGLoutArg;                     // 43
-    GlsShortSlot putGLshort;                       // 44
-    GlsVectorSlot putGLshortVector;                // 45
-    GlsImageSlot putGLshortImage;                  // 46
-    GlsEnumSlot putGLstencilOp;                    // 47
-    GlsIntSlot putGLtextureComponents;             // 48
-    GlsUbyteSlot putGLubyte;                       // 49
-    GlsVectorSlot putGLubyteVector;                // 50
-    GlsImageSlot putGLubyteImage;                  // 51
-    GlsUintSlot putGLuint;                         // 52
-    GlsUintSlot putGLuintHex;                      // 53
-    GlsVectorSlot putGLuintVector;                 // 54
-    GlsImageSlot putGLuintImage;                   // 55
-    GlsUshortSlot putGLushort;                     // 56
-    GlsUshortSlot putGLushortHex;                  // 57
-    GlsVectorSlot putGLushortVector;               // 58
-    GlsImageSlot putGLushortImage;                 // 59
-    GlsVertexDataSlot putGLvertexData;             // 60
-    GlsPointerSlot putGLpointer;                   // 61
-    GlsNothingSlot putGLnothing;                   // 62
+    GLS_WRITER_SLOT_FIELDS // the slots, in their fixed order
 
     int32_t wordParity;
     uint8_t *writePos;

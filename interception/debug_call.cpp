@@ -3,6 +3,7 @@
 
 #include "analysis/counters.h"
 #include "gls/gls.h"
+#include "gls/gls_context.h"
 #include "session/context.h"
 #include "session/control_draw.h"
 #include "session/rings.h"
@@ -10,20 +11,27 @@
 
 // The call's text alone, written by the per-call stream into last_call_text: what a halted
 // application shows as its next call, and what a display list's text is made of.
-static void capture_text(const WrapperRow *row, const void *args, void *result)
+struct call_in_wait {
+    const WrapperRow *row;
+    const void *args;
+    void *result;
+};
+
+static void capture_text(thread_record *, const void *data)
 {
-    GLbitfield saved_flags = glsGetCaptureFlags(row->opcode);
-    glsCaptureFlags(row->opcode, GLS_CAPTURE_WRITE_BIT);
+    const call_in_wait *call = (const call_in_wait *)data;
+    GLSopcode opcode = call->row->opcode;
+    GLbitfield saved_flags = glsGetCaptureFlags(opcode);
+    glsCaptureFlags(opcode, GLS_CAPTURE_WRITE_BIT);
     glsBeginCapture((const GLubyte *)"", GLS_TEXT, GLS_WRITE_NO_FRAME);
-    row->call(args, result);
+    call->row->call(call->args, call->result);
     glsEndCapture();
     glsFlush();
-    glsCaptureFlags(row->opcode, saved_flags);
+    glsCaptureFlags(opcode, saved_flags);
 }
 
 bool debug_call(const WrapperRow *row, const void *args, void *result)
 {
-    bool text_captured = false, call_made = false, panel_updated = false;
     thread_record *record = thread_entry();
     per_proc *proc = record->per_proc;
     apply_control_draw(record);
@@ -32,36 +40,21 @@ bool debug_call(const WrapperRow *row, const void *args, void *result)
     // captures this one.
     bool skip_call = test_skip(record, row->row);
     proc->pending_message[0] = 0;
+    const call_in_wait call = {row, args, result};
+    halt_point point = {capture_text, &call, true, false, false};
+    bool call_made = false;
     for (;;) {
-        // The control loop: while an event waits, the thread is halted, or a list is compiled.
-        for (;;) {
-            bool pending = ring_pending(&proc->ring_to_app);
-            if (!pending && proc->run_state != RUN_HALTED && record->per_gl->list_capturing != 1)
-                break;
-            if (!text_captured) {
-                capture_text(row, args, result);
-                text_captured = true;
-            }
-            if (proc->run_state == RUN_HALTED && !panel_updated) {
-                update_panel(record);
-                panel_updated = true;
-            }
-            if (proc->run_state != RUN_HALTED && !pending)
-                break; // a list being compiled needs the text only
-            // A halted thread spins here until Continue, Step or Skip: an empty ring says "stay".
-            int outcome = handle_event(record);
-            if (outcome == EVENT_RESULT_GO_ON)
-                break;
-            if (outcome == EVENT_RESULT_SKIP) {
-                skip_call = true;
-                break;
-            }
-        }
+        if (must_wait(record, &point) && wait_at_halt(record, &point) == EVENT_RESULT_SKIP)
+            skip_call = true;
         if (skip_call)
             return false; // neither counted nor recorded; a call already made still gives 0
         if (call_made)
             return true; // the second loop, behind a call that halted: never made twice
-        row->call(args, result);
+        // With no capture open (the codec's context gone, or between captures) there is no
+        // capture function to reach: the call is counted and checked but not made.
+        GlsContext *ctx = gls_current();
+        if (ctx && ctx->captureNesting > 0)
+            row->call(args, result);
         // One call reaches the history writer as one piece.
         if (proc->History == 1)
             glsFlush();
@@ -76,7 +69,7 @@ bool debug_call(const WrapperRow *row, const void *args, void *result)
         if (proc->pending_message[0] == 0)
             return true;
         // A warning or an error halts behind the call, as after a break.
-        if (panel_updated)
+        if (point.panel_updated)
             post_event(&proc->ring_from_app, EVENT_MESSAGE_CHANGED);
         proc->run_state = RUN_HALTED;
     }

@@ -60,29 +60,20 @@ PROC proc_address_found(LPCSTR name, PROC found)
     return found;
 }
 
-void swap_halt_point(thread_record *record, const char *name)
+// A halted swap shows only its name: the codec has no command for it.
+static void show_swap_name(thread_record *record, const void *name)
 {
     per_proc *proc = record->per_proc;
-    bool text_captured = false, panel_updated = false;
+    snprintf(proc->last_call_text, sizeof proc->last_call_text, "%s", (const char *)name);
+}
+
+void swap_halt_point(thread_record *record, const char *name)
+{
     test_break_on_swap(record, ROW_SwapBuffers);
-    for (;;) {
-        bool pending = ring_pending(&proc->ring_to_app);
-        if (!pending && proc->run_state != RUN_HALTED)
-            return;
-        // A halted swap shows only its name: the codec has no command for it.
-        if (!text_captured) {
-            snprintf(proc->last_call_text, sizeof proc->last_call_text, "%s", name);
-            text_captured = true;
-        }
-        if (proc->run_state == RUN_HALTED && !panel_updated) {
-            update_panel(record);
-            panel_updated = true;
-        }
-        // Skip at a swap only says so in the status line: the buffers are swapped all the same.
-        int result = handle_event(record);
-        if (result == EVENT_RESULT_GO_ON || result == EVENT_RESULT_SKIP)
-            return;
-    }
+    // Skip at a swap only says so in the status line: the buffers are swapped all the same.
+    halt_point point = {show_swap_name, name, false, false, false};
+    if (must_wait(record, &point))
+        wait_at_halt(record, &point);
 }
 
 void flush_session_files(thread_record *record)

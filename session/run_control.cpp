@@ -114,3 +114,27 @@ void update_panel(thread_record *record)
     post_event(&record->per_proc->ring_from_app, EVENT_REFRESH_ALL);
     set_status(record, "Halted");
 }
+
+int wait_at_halt(thread_record *record, halt_point *point)
+{
+    per_proc *proc = record->per_proc;
+    for (;;) {
+        bool pending = ring_pending(&proc->ring_to_app);
+        if (!pending && !must_wait(record, point))
+            return EVENT_RESULT_GO_ON;
+        if (!point->text_shown) {
+            point->show_text(record, point->data);
+            point->text_shown = true;
+        }
+        if (proc->run_state == RUN_HALTED && !point->panel_updated) {
+            update_panel(record);
+            point->panel_updated = true;
+        }
+        if (proc->run_state != RUN_HALTED && !pending)
+            return EVENT_RESULT_GO_ON; // a list being compiled needs the text only
+        // A halted thread spins here until Continue, Step or Skip: an empty ring says "stay".
+        int outcome = handle_event(record);
+        if (outcome == EVENT_RESULT_GO_ON || outcome == EVENT_RESULT_SKIP)
+            return outcome;
+    }
+}

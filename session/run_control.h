@@ -3,6 +3,7 @@
 #pragma once
 
 #include "session/records.h"
+#include "session/rings.h"
 
 enum : int {
     EVENT_RESULT_GO_ON = 1,
@@ -16,3 +17,25 @@ bool test_skip(thread_record *record, int row);
 int handle_event(thread_record *record);
 void set_status(thread_record *record, const char *format, ...);
 void update_panel(thread_record *record);
+
+// A point where the thread may wait: a GL call, or a swap. The text of what comes next is shown
+// once, by show_text, whatever the events; a halt refreshes the panel once.
+struct halt_point {
+    void (*show_text)(thread_record *record, const void *data);
+    const void *data;
+    bool wait_for_list; // a GL call: a list being compiled needs its text while running
+    bool text_shown;
+    bool panel_updated;
+};
+
+// True when the thread must stop at the point: an event waits, it is halted, or it compiles a list.
+inline bool must_wait(const thread_record *record, const halt_point *point)
+{
+    const per_proc *proc = record->per_proc;
+    return ring_pending(&proc->ring_to_app) || proc->run_state == RUN_HALTED ||
+           (point->wait_for_list && record->per_gl->list_capturing == 1);
+}
+
+// The halt-wait loop: shows the text, refreshes the panel on a halt, and takes the panel's
+// events until the thread may go on. EVENT_RESULT_GO_ON, or EVENT_RESULT_SKIP for Skip.
+int wait_at_halt(thread_record *record, halt_point *point);

@@ -463,22 +463,6 @@ TEST_F(Execute, WithoutCaptureTheDispatchCallsTheRealEntry)
     EXPECT_EQ(written, "");
 }
 
-TEST_F(Execute, WrapperForwarderWritesOnlyWhileACaptureIsOpen)
-{
-    fn_glClear wrapper = (fn_glClear)gls_wrapper_forwarders[OP_glClear];
-    glsCaptureFlags(OP_glClear, 3);
-    wrapper(0x4000);
-    EXPECT_EQ(fake_clears, 0);
-    EXPECT_EQ(glsGetError(), GLS_NONE) << "an idle forwarder is no fault";
-    EXPECT_EQ(((fn_glGenLists)gls_wrapper_forwarders[OP_glGenLists])(1), 0u);
-    capture();
-    // An installed capture function (a debug wrapper) is passed by: the forwarder goes straight on.
-    glsCommandFunc(GLS_CAPTURE_FUNC, OP_glClear, (GlsFunc)fake_glGetIntegerv);
-    wrapper(0x4000);
-    EXPECT_EQ(fake_clears, 1);
-    EXPECT_EQ(text(), "glClear(GL_COLOR_BUFFER_BIT);\n");
-}
-
 std::vector<int> callback_log;
 void entry_lowers_flags(GLSopcode opcode)
 {

@@ -41,6 +41,8 @@ struct Session {
         glsContext(codec);
         libraries.gls_context = libraries.current_gls_context = (int32_t)codec;
         glsCaptureFlags(OP_glIsEnabled, GLS_CAPTURE_EXECUTE_BIT | GLS_CAPTURE_WRITE_BIT); // traced
+        // A session's capture stays open: the history's, or its stand-in with History off.
+        glsBeginCapture((const GLubyte *)"", GLS_TEXT, GLS_WRITE_NO_FRAME);
         happened.clear();
         panel.show_status = [](const char *text) { happened += std::string("status ") + text + ";"; };
         panel.update_all = [] {
@@ -52,6 +54,7 @@ struct Session {
     }
     ~Session()
     {
+        glsEndCapture();
         glsContext(0);
         glsDeleteContext(codec);
         panel.show_status = [](const char *) {};
@@ -96,6 +99,16 @@ TEST_F(DebugCall, RunningCallIsMadeCountedAndHookedWithoutItsText)
     s.proc->run_state = RUN_RUNNING;
     EXPECT_EQ(call_with(1), 1);
     EXPECT_EQ(happened, "call;hook;");
+    EXPECT_EQ(s.proc->call_control[ROW_glIsEnabled].count, 1);
+}
+
+TEST_F(DebugCall, WithNoCaptureOpenTheCallIsCountedButNotMade)
+{
+    s.proc->run_state = RUN_RUNNING;
+    glsEndCapture();
+    EXPECT_EQ(call_with(1), 0);
+    glsBeginCapture((const GLubyte *)"", GLS_TEXT, GLS_WRITE_NO_FRAME);
+    EXPECT_EQ(happened, "hook;");
     EXPECT_EQ(s.proc->call_control[ROW_glIsEnabled].count, 1);
 }
 
