@@ -5,6 +5,8 @@
 //   debugged     a session, Continue pressed, History off
 //   history      a session, Continue pressed, History on: every call recorded to the history
 // `gl_calls_bench memory MODE FRAMES` reports the memory of one run in MODE instead.
+// `gl_calls_bench switch [ROUNDS [PAIRS]]` times a context switch instead: two windows, each with
+// its own context, made current in turn, one glClear on each; direct against History on.
 // With no mode (or a number of rounds, and of frames a run) it runs all four, each as a fresh
 // process, in turns for several rounds, and prints the minimum and median nanoseconds per call
 // and their ratios to the direct run.
@@ -54,6 +56,8 @@ static int choose_format(HDC dc)
 }
 
 static bool history_wanted;
+// Context switches in place of the immediate-mode workload.
+static bool switching;
 
 // Runs tools/panel_press beside this program: it waits for the halt and clicks one button.
 static void press(const char *button)
@@ -145,6 +149,30 @@ static void report_memory()
     }
 }
 
+// A pair of switches: the first window's context, then the second's. Microseconds a pair.
+static double run_switches(HDC first_dc, HGLRC first, HDC second_dc, HGLRC second)
+{
+    glClear(GL_COLOR_BUFFER_BIT);
+    Sleep(1000);
+    for (int pair = 0; pair < 20; ++pair) {
+        wglMakeCurrent(first_dc, first);
+        wglMakeCurrent(second_dc, second);
+    }
+    LARGE_INTEGER frequency, start, end;
+    QueryPerformanceFrequency(&frequency);
+    QueryPerformanceCounter(&start);
+    for (int pair = 0; pair < frames; ++pair) {
+        wglMakeCurrent(first_dc, first);
+        glClear(GL_COLOR_BUFFER_BIT);
+        wglMakeCurrent(second_dc, second);
+        glClear(GL_COLOR_BUFFER_BIT);
+    }
+    glFinish();
+    QueryPerformanceCounter(&end);
+    double seconds = (double)(end.QuadPart - start.QuadPart) / (double)frequency.QuadPart;
+    return seconds * 1e6 / frames;
+}
+
 typedef BOOL(WINAPI *MakeCurrentFunc)(HDC, HGLRC);
 typedef HGLRC(WINAPI *CreateContextFunc)(HDC);
 
@@ -182,7 +210,15 @@ static int run_mode(const char *mode)
         report_memory();
         ExitProcess(0);
     }
-    double per_call = run_workload();
+    double per_call;
+    if (switching) {
+        HDC second_dc = GetDC(make_window());
+        choose_format(second_dc);
+        HGLRC second = wglCreateContext(second_dc);
+        per_call = run_switches(dc, wglGetCurrentContext(), second_dc, second);
+    } else {
+        per_call = run_workload();
+    }
     printf("%.2f\n", per_call);
     fflush(stdout);
     // Leave without the panel's Quit: the temporary directory stays, as after any program exit.
@@ -234,7 +270,7 @@ static double measure(const char *mode)
         CopyFileA(exe, copy.c_str(), FALSE);
         program = copy;
     }
-    std::string command = "\"" + program + "\" " + mode + " " + std::to_string(frames);
+    std::string command = "\"" + program + "\" " + (switching ? "switch " : "") + mode + " " + std::to_string(frames);
     SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
     HANDLE read_end, write_end;
     CreatePipe(&read_end, &write_end, &inherit, 0);
@@ -262,6 +298,12 @@ static double measure(const char *mode)
 
 int main(int argc, char **argv)
 {
+    if (argc > 1 && strcmp(argv[1], "switch") == 0) {
+        switching = true;
+        frames = 200;
+        ++argv;
+        --argc;
+    }
     if (argc > 2 && strcmp(argv[1], "memory") == 0) {
         memory_report = true;
         ++argv;
@@ -279,20 +321,27 @@ int main(int argc, char **argv)
         frames = atoi(argv[2]);
     CreateDirectoryA(run_temp().c_str(), nullptr);
     SetEnvironmentVariableA("TEMP", run_temp().c_str());
-    const char *modes[] = {"direct", "nosession", "debugged", "history"};
+    // A thread without a session never switches through quondale's WGL: no "nosession" run.
+    const char *all_modes[] = {"direct", "nosession", "debugged", "history"};
+    const char *switch_modes[] = {"direct", "debugged", "history"};
+    const char *const *modes = switching ? switch_modes : all_modes;
+    const int count = switching ? 3 : 4;
     std::vector<double> figures[4];
-    printf("immediate-mode workload: %d calls, %d rounds\n", frames * (2 + TRIANGLES_PER_FRAME * 9), rounds);
+    if (switching)
+        printf("context switches: %d pairs, %d rounds; microseconds a pair\n", frames, rounds);
+    else
+        printf("immediate-mode workload: %d calls, %d rounds\n", frames * (2 + TRIANGLES_PER_FRAME * 9), rounds);
     for (int round = 0; round < rounds; ++round)
-        for (int mode = 0; mode < 4; ++mode)
+        for (int mode = 0; mode < count; ++mode)
             figures[mode].push_back(measure(modes[mode]));
     double minimum[4], median[4];
-    for (int mode = 0; mode < 4; ++mode) {
+    for (int mode = 0; mode < count; ++mode) {
         std::sort(figures[mode].begin(), figures[mode].end());
         minimum[mode] = figures[mode].front();
         median[mode] = figures[mode][figures[mode].size() / 2];
     }
-    printf("%-10s %12s %8s %12s %8s\n", "", "min ns/call", "ratio", "median", "ratio");
-    for (int mode = 0; mode < 4; ++mode)
+    printf("%-10s %12s %8s %12s %8s\n", "", switching ? "min us/pair" : "min ns/call", "ratio", "median", "ratio");
+    for (int mode = 0; mode < count; ++mode)
         printf("%-10s %12.1f %7.2fx %12.1f %7.2fx\n", modes[mode], minimum[mode], minimum[mode] / minimum[0],
                median[mode], median[mode] / median[0]);
     return 0;

@@ -30,7 +30,16 @@ void show_last_call()
         set_control_text(record, IDC_LAST_CALL, record->per_proc->last_call_text);
 }
 
+// Asked at every switch of context: posted, so that the program does not wait on the panel
+// thread; a halt writes them before the panel is looked at.
 void show_thread_and_context()
+{
+    const thread_record *record = current_record();
+    if (record && record->control_window)
+        PostMessageA(record->control_window, WM_PANEL_BANNERS, 0, 0);
+}
+
+static void write_banners()
 {
     const thread_record *record = current_record();
     if (!record)
@@ -52,6 +61,8 @@ void panel_update_all()
     const thread_record *record = current_record();
     if (!record)
         return;
+    if (record->control_window)
+        SendMessageA(record->control_window, WM_PANEL_BANNERS, 0, 0);
     show_last_call();
     for (int index : refreshed_at_halt) {
         HWND window = window_of_shown_index(record, index);
@@ -119,6 +130,9 @@ INT_PTR CALLBACK control_window_function(HWND dialog, UINT message, WPARAM first
     case WM_INITDIALOG:
         record->per_proc->History = 1;
         CheckDlgButton(dialog, IDC_HISTORY, BST_CHECKED);
+        return TRUE;
+    case WM_PANEL_BANNERS:
+        write_banners();
         return TRUE;
     case WM_CLOSE:
         SendMessageA(dialog, WM_DESTROY, 0, 0);

@@ -11,6 +11,8 @@ enum : int {
     PANEL_TEXT_SIZE = 256,
     // The window message that asks a panel window to read the records again.
     WM_PANEL_REFRESH = 32769,
+    // The control window writes its thread and context banners.
+    WM_PANEL_BANNERS = 32770,
 };
 
 // Indices of shown[]: one per window, fixed.

@@ -206,6 +206,18 @@ thread_record *thread_entry()
     return record;
 }
 
+// A context made not current keeps its history file open: its capture alone ends.
+static void leave_gl(thread_record *record)
+{
+    per_gl *gl = record->per_gl;
+    if (gl->history_file)
+        history_leave(record);
+    if (gl->list_calls_file) {
+        fclose(gl->list_calls_file);
+        gl->list_calls_file = nullptr;
+    }
+}
+
 static void close_gl_files(thread_record *record)
 {
     per_gl *gl = record->per_gl;
@@ -258,7 +270,7 @@ static void open_list_calls(thread_record *record, per_gl *gl)
 void attach_gl(thread_record *record, uint32_t context)
 {
     if (record->per_gl)
-        close_gl_files(record);
+        leave_gl(record);
     char name[NAME_SIZE];
     name_of_per_gl(record->temp_dir, context, name);
     per_gl *gl = find_per_gl(name);
@@ -290,6 +302,16 @@ void attach_gl(thread_record *record, uint32_t context)
     post_context_changed(&record->per_proc->ring_from_app, EVENT_CONTEXT_CHANGED, context);
 }
 
+static bool current_on_a_thread(const per_gl *gl)
+{
+    for (int32_t index = 0; index < named_blocks.count; ++index) {
+        const named_block *row = &named_blocks.rows[index];
+        if (row->kind == BLOCK_THREAD_RECORD && ((thread_record *)row->block)->per_gl == gl)
+            return true;
+    }
+    return false;
+}
+
 // Empties a folder of its files and removes it.
 static void remove_folder(const char *folder)
 {
@@ -314,6 +336,13 @@ void close_session(thread_record *record)
 {
     if (record->per_gl)
         close_gl_files(record);
+    // The files of the contexts not current on any thread, left open by leave_gl; a context
+    // current on another thread ends its capture in that thread's turn.
+    for (int32_t index = 0; index < named_blocks.count; ++index) {
+        const named_block *row = &named_blocks.rows[index];
+        if (row->kind == BLOCK_PER_GL && !current_on_a_thread((per_gl *)row->block))
+            history_file_close((per_gl *)row->block);
+    }
     library_table *table = record->library_table;
     if (table->gls_context != -1) {
         glsDeleteContext((GLuint)table->gls_context);
