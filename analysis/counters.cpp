@@ -7,14 +7,6 @@
 #include <cstdio>
 #include <cstring>
 
-void count_call(thread_record *record, int row)
-{
-    ++record->per_proc->call_control[row].count;
-    // While a list is compiled, every call's text goes into it.
-    if (record->per_gl->list_capturing == 1)
-        list_note_call(record, row);
-}
-
 void count_primitive(thread_record *record)
 {
     per_proc *proc = record->per_proc;

@@ -1,10 +1,17 @@
 // Counts of calls by catalogue row and of primitives by kind, and their texts.
 #pragma once
 
+#include "recording/lists.h"
 #include "session/records.h"
 
 // Behind every debugged call that was made: the row's counter.
-void count_call(thread_record *record, int row);
+inline void count_call(thread_record *record, int row)
+{
+    ++record->per_proc->call_control[row].count;
+    // While a list is compiled, every call's text goes into it.
+    if (record->per_gl->list_capturing == 1)
+        list_note_call(record, row);
+}
 // Adds the primitive in hand (primitive_mode, vertex_count of the current context) to the
 // counters; called when a primitive ends (glEnd) or is drawn from arrays.
 void count_primitive(thread_record *record);

@@ -31,25 +31,9 @@ static size_t last_call_write(size_t count, const void *bytes)
     return count;
 }
 
-// A stream keeps the write function it began with: the long-lived capture stays bound to the
-// file, and every per-call capture begun later writes to last_call_text.
-static void begin_history_capture()
-{
-    glsWriteFunc(history_write);
-    glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0);
-    glsWriteFunc(last_call_write);
-}
-
 void history_open(thread_record *record, bool truncate)
 {
     per_gl *gl = record->per_gl;
-    // A switch between contexts costs no file: a context made current again writes on.
-    if (gl->history_file && !truncate) {
-        begin_history_capture();
-        return;
-    }
-    if (gl->history_file)
-        history_file_close(gl);
     char name[NAME_SIZE + 32];
     snprintf(name, sizeof name, "%s\\history\\%d.gls", record->temp_dir, (int)gl->handle);
     gl->history_file = fopen(name, HISTORY_FILE_MODE(truncate));
@@ -69,12 +53,11 @@ void history_open(thread_record *record, bool truncate)
         session_exit(1);
     }
     history_sink_start(gl->history_pending, gl->history_file);
-    begin_history_capture();
-}
-
-void history_leave(thread_record *)
-{
-    glsEndCapture();
+    // A stream keeps the write function it began with: the long-lived capture stays bound to
+    // the file, and every per-call capture begun later writes to last_call_text.
+    glsWriteFunc(history_write);
+    glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0);
+    glsWriteFunc(last_call_write);
 }
 
 void history_close(thread_record *record)

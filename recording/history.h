@@ -6,13 +6,9 @@
 
 // Capture flags from the trace set: 3 for a traced function, else 1; glsDrawVertexArray always 3.
 void apply_trace_set(thread_record *record);
-// Opens the current per_gl's file ("w" to truncate, else "a+") unless it is still open from an
-// earlier time the context was current, and begins the long-lived capture.
+// Opens the current per_gl's file ("w" to truncate, else "a+") and begins the long-lived capture.
 void history_open(thread_record *record, bool truncate);
 void history_close(thread_record *record);
-// Ends the capture of a context made not current; its file stays open, its lines in its sink
-// until it is drained (its next swap or halt), rescued or closed.
-void history_leave(thread_record *record);
 // Puts what the history holds on disk, for a reader of the file.
 void history_flush(per_gl *gl);
 // Closes the file with all its lines, leaving the capture as it is.

@@ -3,6 +3,7 @@
 #include "session/context.h"
 
 #include "gls/gls.h"
+#include "gls/gls_context.h"
 #include "gls/platform.h"
 #include "recording/history.h"
 #include "recording/line_format.h"
@@ -200,22 +201,11 @@ thread_record *thread_entry()
     if (!record || record->id != id)
         record = start_session(record, id);
     library_table *table = record->library_table;
-    table->current_gls_context = (int32_t)glsGetCurrentContext();
+    GlsContext *codec = gls_current();
+    table->current_gls_context = codec ? (int32_t)codec->id : 0;
     if (table->current_gls_context != table->gls_context)
         reinstall_codec(record);
     return record;
-}
-
-// A context made not current keeps its history file open: its capture alone ends.
-static void leave_gl(thread_record *record)
-{
-    per_gl *gl = record->per_gl;
-    if (gl->history_file)
-        history_leave(record);
-    if (gl->list_calls_file) {
-        fclose(gl->list_calls_file);
-        gl->list_calls_file = nullptr;
-    }
 }
 
 static void close_gl_files(thread_record *record)
@@ -270,7 +260,7 @@ static void open_list_calls(thread_record *record, per_gl *gl)
 void attach_gl(thread_record *record, uint32_t context)
 {
     if (record->per_gl)
-        leave_gl(record);
+        close_gl_files(record);
     char name[NAME_SIZE];
     name_of_per_gl(record->temp_dir, context, name);
     per_gl *gl = find_per_gl(name);
@@ -302,16 +292,6 @@ void attach_gl(thread_record *record, uint32_t context)
     post_context_changed(&record->per_proc->ring_from_app, EVENT_CONTEXT_CHANGED, context);
 }
 
-static bool current_on_a_thread(const per_gl *gl)
-{
-    for (int32_t index = 0; index < named_blocks.count; ++index) {
-        const named_block *row = &named_blocks.rows[index];
-        if (row->kind == BLOCK_THREAD_RECORD && ((thread_record *)row->block)->per_gl == gl)
-            return true;
-    }
-    return false;
-}
-
 // Empties a folder of its files and removes it.
 static void remove_folder(const char *folder)
 {
@@ -336,13 +316,6 @@ void close_session(thread_record *record)
 {
     if (record->per_gl)
         close_gl_files(record);
-    // The files of the contexts not current on any thread, left open by leave_gl; a context
-    // current on another thread ends its capture in that thread's turn.
-    for (int32_t index = 0; index < named_blocks.count; ++index) {
-        const named_block *row = &named_blocks.rows[index];
-        if (row->kind == BLOCK_PER_GL && !current_on_a_thread((per_gl *)row->block))
-            history_file_close((per_gl *)row->block);
-    }
     library_table *table = record->library_table;
     if (table->gls_context != -1) {
         glsDeleteContext((GLuint)table->gls_context);

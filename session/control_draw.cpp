@@ -9,11 +9,9 @@
 #include <cstdio>
 #include <cstring>
 
-void apply_control_draw(thread_record *record)
+void apply_control_draw_request(thread_record *record)
 {
     per_proc *proc = record->per_proc;
-    if (proc->control_draw_request == 0)
-        return;
     // The request waits for a call outside glBegin/glEnd, and for a context.
     if (record->per_gl->in_begin_end != 0 || record->per_gl->handle == 0)
         return;

@@ -20,14 +20,10 @@ void set_status(thread_record *record, const char *format, ...)
     post_status(&record->per_proc->ring_from_app, EVENT_STATUS_TEXT, text);
 }
 
-void test_break(thread_record *record, int row)
+void halt_on_break(thread_record *record, int row)
 {
-    per_proc *proc = record->per_proc;
-    if (proc->Break_on_GL_calls == 1 && proc->call_control[row].break_on == 1 &&
-        proc->run_state == RUN_RUNNING) {
-        proc->run_state = RUN_HALTED;
-        set_status(record, "Halted (Break on %s)", record->master->gl_names[row]);
-    }
+    record->per_proc->run_state = RUN_HALTED;
+    set_status(record, "Halted (Break on %s)", record->master->gl_names[row]);
 }
 
 void test_break_on_swap(thread_record *record, int gdi_row)
@@ -40,15 +36,12 @@ void test_break_on_swap(thread_record *record, int gdi_row)
     }
 }
 
-bool test_skip(thread_record *record, int row)
+void mark_skipped(thread_record *record)
 {
     per_proc *proc = record->per_proc;
-    if (proc->Skip_GL_calls != 1 || proc->call_control[row].skip != 1)
-        return false;
     // Still the previous call's text, unless the halt that follows captures this one.
     size_t length = strlen(proc->last_call_text);
     snprintf(proc->last_call_text + length, sizeof proc->last_call_text - length, " /* skip */");
-    return true;
 }
 
 int handle_event(thread_record *record)

@@ -11,9 +11,24 @@ enum : int {
     EVENT_RESULT_SKIP = 3,
 };
 
-void test_break(thread_record *record, int row);
+// Every call tests the switches first: their rows only when a switch is on.
+void halt_on_break(thread_record *record, int row);
+inline void test_break(thread_record *record, int row)
+{
+    const per_proc *proc = record->per_proc;
+    if (proc->Break_on_GL_calls == 1 && proc->call_control[row].break_on == 1 && proc->run_state == RUN_RUNNING)
+        halt_on_break(record, row);
+}
 void test_break_on_swap(thread_record *record, int gdi_row);
-bool test_skip(thread_record *record, int row);
+void mark_skipped(thread_record *record);
+inline bool test_skip(thread_record *record, int row)
+{
+    const per_proc *proc = record->per_proc;
+    if (proc->Skip_GL_calls != 1 || proc->call_control[row].skip != 1)
+        return false;
+    mark_skipped(record);
+    return true;
+}
 int handle_event(thread_record *record);
 void set_status(thread_record *record, const char *format, ...);
 void update_panel(thread_record *record);
