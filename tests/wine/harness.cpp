@@ -73,7 +73,8 @@ static void remove_tree(const std::string &path)
             std::string name = entry.cFileName;
             if (name == "." || name == "..")
                 continue;
-            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+            // A link is never followed: what it leads to is not the check's.
+            if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && !(entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT))
                 remove_tree(path + "\\" + name);
             else
                 DeleteFileA((path + "\\" + name).c_str());
