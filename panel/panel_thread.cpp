@@ -67,6 +67,40 @@ static bool taken_by_a_dialog(const thread_record *record, MSG *message)
     return false;
 }
 
+// The process's end kills this thread wherever it stands. Under Wine, killed inside the X
+// library it leaves the display's lock taken; the GL library's handler at the very end of the
+// process waits for that lock forever, and the Wine server kills the process half a second
+// later: the program's exit code is lost. The end of a process takes the loader lock before it
+// kills any other thread, so the work done while this thread holds it is never cut: the taking of
+// messages, where the windows' pixels go to the display. Only briefly tried, though: an
+// application thread that stands halted inside a library's entry point holds the lock for long,
+// and the panel must go on serving it.
+typedef LONG(NTAPI *lock_loader_function)(ULONG flags, ULONG *disposition, ULONG_PTR *cookie);
+typedef LONG(NTAPI *unlock_loader_function)(ULONG flags, ULONG_PTR cookie);
+
+static BOOL take_message(MSG *message)
+{
+    static const lock_loader_function lock_loader =
+        (lock_loader_function)(void *)GetProcAddress(GetModuleHandleA("ntdll.dll"), "LdrLockLoaderLock");
+    static const unlock_loader_function unlock_loader =
+        (unlock_loader_function)(void *)GetProcAddress(GetModuleHandleA("ntdll.dll"), "LdrUnlockLoaderLock");
+    for (;;) {
+        ULONG_PTR cookie = 0;
+        ULONG disposition = 0;
+        for (int tries = 0; lock_loader && unlock_loader && tries < 100 && disposition != 1; ++tries) {
+            // Flag 2: try only; disposition 1 when taken.
+            if (lock_loader(2, &disposition, &cookie) != 0 || disposition != 1)
+                Sleep(1);
+        }
+        BOOL got = PeekMessageA(message, nullptr, 0, 0, PM_REMOVE);
+        if (disposition == 1)
+            unlock_loader(0, cookie);
+        if (got)
+            return message->message != WM_QUIT;
+        MsgWaitForMultipleObjectsEx(0, nullptr, INFINITE, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    }
+}
+
 static unsigned __stdcall panel_thread(void *argument)
 {
     thread_record *record = (thread_record *)argument;
@@ -87,7 +121,7 @@ static unsigned __stdcall panel_thread(void *argument)
     record->panel_ready = 1;
 
     MSG message;
-    while (GetMessageA(&message, nullptr, 0, 0) == 1) {
+    while (take_message(&message)) {
         if (taken_by_a_dialog(record, &message))
             continue;
         TranslateMessage(&message);
