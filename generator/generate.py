@@ -299,6 +299,7 @@ def glu_wrapper(r):
 def wgl_wrapper(r, family, head):
     # plain: note, count, real call. swap: halt point first, then the real call, note, count
     # and the flush of the session's files. makecurrent: plain, then the context attach.
+    # procaddress: plain, then the address that the session puts in the real one's place.
     # The real call finds the program's error word as the program left it.
     real = '(SetLastError(entry_error), ((fn_%s)record->library_table->%s[ROW_%s])(%s))' % (
         r.name, family, r.name, r.arg_names())
@@ -328,6 +329,9 @@ def wgl_wrapper(r, family, head):
             out.append('    context_made_current(record, result, %s);\n' % r.params[-1].name)
             out.append(give_error)
             out.append('    return result;\n')
+        elif r.wrapper_family == 'procaddress':
+            out.append('    %s result = %s;\n' % (r.ret, real))
+            out.append('    return proc_address_found(%s, result);\n' % r.params[0].name)
         else:
             out.append('    return %s;\n' % real)
     out.append('}\n\n')

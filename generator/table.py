@@ -14,7 +14,7 @@ def opcode_rows(declaration, cmds, value, empty='nullptr'):
     return '%s = {\n%s};\n' % (declaration, ''.join('    %s,\n' % x for x in rows))
 
 # Shapes of the WGL and GDI wrappers: the real call, bracketed by the session's steps.
-WRAPPER_FAMILIES = ('plain', 'swap', 'makecurrent')
+WRAPPER_FAMILIES = ('plain', 'swap', 'makecurrent', 'procaddress')
 
 # Types passed in 8 bytes on the i686 stack (stdcall decoration counts them).
 WIDE_TYPES = {'GLdouble', 'GLclampd', 'GLlong', 'GLulong', 'double'}

@@ -170,10 +170,12 @@ GlsArgValue gls_scalar_value(const uint8_t *p, GlsElement element)
 // ---------------------------------------------------------------------------------------------
 // Reports and output areas
 
-void gls_report_error(int opcode, GLSenum error)
+void gls_report_error(int opcode, GLSenum error, bool empty)
 {
     GlsContext *ctx = gls_current();
+    ctx->readEmptyItem = empty;
     ((fn_glsError)ctx->callDispatch[OP_glsError])(opcode, error);
+    ctx->readEmptyItem = 0;
 }
 
 void gls_report_unsupported(const char *name)
@@ -382,7 +384,9 @@ static void swap_vertex_data(uint8_t *p, GLenum format, uint64_t bytes)
                 swap_in_place(p + at + word, 1, 4);
 }
 
-enum WalkResult { WALK_OK, WALK_SHORT, WALK_FAILED, WALK_NO_MEMORY };
+// WALK_EMPTY: an item without a byte where its count asks for elements, as a null pointer is
+// written; refused as a short command is, and told apart.
+enum WalkResult { WALK_OK, WALK_SHORT, WALK_FAILED, WALK_NO_MEMORY, WALK_EMPTY };
 
 static WalkResult string_argument(GlsContext *ctx, BinaryWalk *w, GlsString *scratch, const void **out)
 {
@@ -488,6 +492,8 @@ static WalkResult walk_binary(GlsContext *ctx, const GlsCommandDesc *command, Bi
                 value->p = nullptr;
                 break;
             }
+            if (w->p == w->end && bytes)
+                return WALK_EMPTY;
             uint8_t *at = take(w, bytes);
             if (!at)
                 return WALK_SHORT;
@@ -513,12 +519,13 @@ void gls_decode_command(int opcode, uint8_t *args, uint32_t size)
     GlsString strings[GLS_MAX_STRING_ARGS] = {};
     BinaryWalk walk = {args, args + size, false};
     WalkResult result = walk_binary(ctx, command, &walk, values, strings);
-    static const GLSenum errors[] = {GLS_NONE, GLS_DECODE_ERROR, GLS_PARAMETER_ERROR, GLS_RESOURCE_ERROR};
+    static const GLSenum errors[] = {GLS_NONE, GLS_DECODE_ERROR, GLS_PARAMETER_ERROR, GLS_RESOURCE_ERROR,
+                                     GLS_DECODE_ERROR};
     if (result == WALK_OK) {
         command->call(ctx->callDispatch[opcode], values);
         gls_note_pixel_store(ctx, opcode, values);
     } else {
-        gls_report_error(opcode, errors[result]);
+        gls_report_error(opcode, errors[result], result == WALK_EMPTY);
     }
     for (GlsString &s : strings)
         gls_string_free(&s);
@@ -529,8 +536,9 @@ void gls_swap_command(int opcode, uint8_t *args, uint32_t size)
     GlsContext *ctx = gls_current();
     GlsArgValue values[GLS_MAX_CALL_ARGS] = {};
     BinaryWalk walk = {args, args + size, true};
-    if (walk_binary(ctx, &gls_command_descs[opcode], &walk, values, nullptr) != WALK_OK) {
-        gls_report_error(opcode, GLS_DECODE_ERROR);
+    WalkResult result = walk_binary(ctx, &gls_command_descs[opcode], &walk, values, nullptr);
+    if (result != WALK_OK) {
+        gls_report_error(opcode, GLS_DECODE_ERROR, result == WALK_EMPTY);
         return;
     }
     ((GlsDecodeRow)ctx->decodeDispatch[opcode])(args, size);

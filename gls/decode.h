@@ -125,6 +125,7 @@ struct GlsReader {
     int type;
     int version[2];
     int32_t ended;  // the stream gave no more bytes
+    int32_t emptyItem; // the statement's error is an empty list where elements are due
     GlsString token;
     GlsString strings[GLS_MAX_STRING_ARGS];
     uint8_t *slots[GLS_TEXT_SLOTS];
@@ -133,8 +134,9 @@ struct GlsReader {
 
 // Reading helpers shared by the binary and the text side.
 bool gls_refill(GlsReader *reader, size_t need, bool keepPhase);
-// Reports a failed command through the glsError row, so that a capture can record it.
-void gls_report_error(int opcode, GLSenum error);
+// Reports a failed command through the glsError row, so that a capture can record it; empty
+// says that an empty list where elements are due was the fault.
+void gls_report_error(int opcode, GLSenum error, bool empty = false);
 // Reports a command the reader does not know through the glsUnsupportedCommand row.
 void gls_report_unsupported(const char *name);
 
@@ -155,5 +157,7 @@ void *gls_out_area(GlsContext *ctx, int opcode, const GlsArgValue *values);
 
 // The text parser: the start of a text group, and the statement loop of one.
 bool gls_text_start(GlsReader *reader);
+// Past blanks and comments, up to the first other byte, which stays unread.
+void gls_text_skip_blanks(GlsReader *reader);
 int gls_read_text(GlsContext *ctx, GlsReader *reader);
 void gls_text_release(GlsReader *reader);

@@ -149,6 +149,9 @@ struct GlsContext {
     size_t readConsumed;
     const uint8_t *readStart;
     const uint8_t **readCursor;
+    // 1 while the glsError row hears of a command refused for an empty list where its count asks
+    // for elements: what a writer makes of a null pointer, which a client may treat as a skip.
+    int32_t readEmptyItem;
     struct GlsDict *contextStreamDict;
     GlsList contextStreamList;
     int32_t inUse;

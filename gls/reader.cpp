@@ -8,6 +8,7 @@
 #include "gls/gls_string.h"
 #include "gls/streams.h"
 #include "gls/tables.h"
+#include "gls/writer.h"
 
 #include <cstdio>
 #include <cstring>
@@ -302,6 +303,13 @@ static void read_stream(GlsContext *ctx, GlsReader *r)
                                         : read_binary(ctx, r, r->type == GLS_BINARY_MSB_FIRST);
         if (!ended)
             break;
+        if (r->type == GLS_TEXT) {
+            // Up to the next group's first byte, where a binary group may start as well: its
+            // words are then put at the buffer's base, aligned as in a stream of its own.
+            gls_text_skip_blanks(r);
+            r->consumed += (size_t)(r->cursor - r->start);
+            place(r, 0, r->size);
+        }
         ((GlsDecodeRow)ctx->decodeDispatch[OP_glsEndGLS])(nullptr, 0);
         ctx->readConsumed = r->consumed + (size_t)(r->cursor - r->start);
         ctx->readCursor = nullptr;
@@ -386,11 +394,14 @@ GLSenum gls_call_stream(const GLubyte *name)
     GLSenum type = GLS_NONE;
     GlsContextStream *context_stream = utf8 ? gls_find_context_stream(ctx, utf8) : nullptr;
     if (context_stream) {
-        // A stream being written is not read, as one being read is not written: each command
-        // read would be written to it again, behind the read, which would never end.
-        if (context_stream->deletePending || context_stream->writing) {
+        // The stream of the capture in hand is not read: each command read would be written to
+        // it again, behind the read, which would never end. One written by a capture below it
+        // is read as it stands, since what the read executes goes to the capture in hand.
+        bool written_now = ctx->currentWriter && ctx->currentWriter->contextStream == context_stream;
+        if (context_stream->deletePending || written_now) {
             gls_set_error(GLS_STATE_ERROR);
         } else {
+            gls_context_stream_catch_up(ctx, context_stream);
             read_context_stream(ctx, context_stream);
             type = GLS_CONTEXT;
         }

@@ -119,12 +119,13 @@ static void append_block(GlsContextStream *stream, GlsBlock *block)
     stream->blocks->listPrev = block;
 }
 
-// Cuts the stream back to `block` at `length` bytes: its spare room goes, later blocks go.
+// Cuts the stream back to `block` at `length` bytes: its spare room goes, later blocks go. The
+// room stays while a read walks the block: its storage must not move under the read.
 static void trim_stream(GlsContextStream *stream, GlsBlock *block, size_t length)
 {
     block->writePos = block->base + length;
     write_end_record(block, nullptr);
-    if (block->writePos < block->end) {
+    if (block->writePos < block->end && stream->readCount == 0) {
         size_t used = (size_t)(block->writePos - block->base);
         uint8_t *storage = (uint8_t *)gls_malloc(used);
         if (storage) {
@@ -140,6 +141,15 @@ static void trim_stream(GlsContextStream *stream, GlsBlock *block, size_t length
         doomed->listPrev->listNext = stream->blocks;
         stream->blocks->listPrev = doomed->listPrev;
         free_block(doomed);
+    }
+}
+
+void gls_context_stream_catch_up(GlsContext *ctx, GlsContextStream *stream)
+{
+    for (int i = 0; i < ctx->captureNesting; ++i) {
+        GlsWriter *writer = ctx->writerStack[i];
+        if (writer->contextStream == stream && !writer->failed)
+            last_block(stream)->writePos = writer->writePos;
     }
 }
 
@@ -199,7 +209,8 @@ static void remove_context_stream(GlsContext *ctx, GlsContextStream *stream)
 }
 
 // The allocate slot of a context stream: grow the block in place while it is under 90% full,
-// else start a new block of at least 64 KB.
+// else start a new block of at least 64 KB. A stream read below a capture of its own (a call
+// function may end the capture in hand) gets a new block: the storage being read stays put.
 static GLboolean context_allocate(GlsWriter *writer, size_t size)
 {
     GlsContextStream *stream = writer->contextStream;
@@ -209,7 +220,7 @@ static GLboolean context_allocate(GlsWriter *writer, size_t size)
     size_t needed = size + 28;
     gls_flush_writer(writer);
     block->writePos = writer->writePos;
-    if (ratio < 0.9f) {
+    if (ratio < 0.9f && stream->readCount == 0) {
         uint8_t *storage = (uint8_t *)gls_malloc(used + needed);
         if (!storage) {
             writer->failed = 1;
@@ -672,17 +683,31 @@ static GLuint stream_type(GlsContext *ctx, GLSenum attrib, const GLubyte *name)
     }
     if (gls_find_context_stream(ctx, (const char *)name))
         return GLS_CONTEXT;
+    // The unnamed stream is the read function, which cannot be sought, or the default channel,
+    // which is put back where it stood.
+    bool unnamed = name[0] == 0;
+    if (unnamed && ctx->readFunc)
+        return GLS_UNKNOWN;
     GlsString full_name = {};
-    FILE *file = gls_open_by_read_rules(ctx, (const char *)name, &full_name);
+    FILE *file = unnamed ? ctx->defaultReadChannel : gls_open_by_read_rules(ctx, (const char *)name, &full_name);
     gls_string_free(&full_name);
     if (!file) {
         gls_set_error(GLS_PARAMETER_ERROR);
         return 0;
     }
-    uint8_t head[256];
-    size_t count = fread(head, 1, sizeof head, file);
-    fclose(file);
-    return gls_detect_stream_type(head, count);
+    // A pipe's bytes would be taken from its reader: what cannot be sought is not looked at.
+    long at = ftell(file);
+    GLuint type = GLS_UNKNOWN;
+    if (at >= 0 && fseek(file, 0, SEEK_SET) == 0) {
+        uint8_t head[256];
+        size_t count = fread(head, 1, sizeof head, file);
+        type = gls_detect_stream_type(head, count);
+    }
+    if (!unnamed)
+        fclose(file);
+    else if (at >= 0)
+        fseek(file, at, SEEK_SET);
+    return type;
 }
 
 

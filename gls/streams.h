@@ -39,6 +39,9 @@ GLSenum gls_detect_stream_type(const uint8_t *bytes, size_t count);
 // a named file opened by the read rules (each read prefix, then the write prefix).
 GlsContextStream *gls_find_context_stream(GlsContext *ctx, const char *name);
 void gls_free_context_stream(GlsContextStream *stream);
+// The commands that an open capture of the context has written to the stream so far, made part
+// of it for a read.
+void gls_context_stream_catch_up(GlsContext *ctx, GlsContextStream *stream);
 FILE *gls_open_by_read_rules(GlsContext *ctx, const char *name, GlsString *full_name);
 const char *gls_read_prefix(const GlsContext *ctx, int index);
 const char *gls_write_prefix(const GlsContext *ctx);

@@ -520,10 +520,6 @@ static const PackedLayout packed_layouts[3] = {
     {GL_T2F_C4UB_V3F, 24, 2, 3},
 };
 
-// An empty list stands for this many bytes of zeros at most: more would be memory that no
-// text paid for.
-static const uint64_t GLS_EMPTY_ARRAY_LIMIT = 65536;
-
 // A braced list of `count` elements into a slot.
 static bool array_value(GlsReader *r, GlsContext *ctx, const GlsArgDesc *d, const GlsArgValue *values,
                         int slot, const void **out)
@@ -547,8 +543,9 @@ static bool array_value(GlsReader *r, GlsContext *ctx, const GlsArgDesc *d, cons
     if (!expect(r, '{', true))
         return false;
     if (expect(r, '}', false)) {
-        // What the writer gives a null pointer. An image reads back as none; an array that GL
-        // reads reads back as zeros of its length, as the binary forms carry it.
+        // What the writer gives a null pointer. An image reads back as none, as the binary forms
+        // carry it (a texture made without data). Where elements are due the command is refused,
+        // as a binary item without its bytes is: GL is handed neither zeros nor a null pointer.
         uint64_t bytes = d->kind == GLS_ARG_VERTEX_DATA
             ? gls_vertex_data_bytes((GLenum)values[d->refs[0]].u, (GLint)values[d->refs[1]].i)
             : shape.count * shape.width;
@@ -556,14 +553,9 @@ static bool array_value(GlsReader *r, GlsContext *ctx, const GlsArgDesc *d, cons
             *out = nullptr;
             return true;
         }
-        uint8_t *zeros = bytes <= GLS_EMPTY_ARRAY_LIMIT ? slot_room(r, slot, (size_t)bytes) : nullptr;
-        if (!zeros) {
-            fail(r, bytes <= GLS_EMPTY_ARRAY_LIMIT ? GLS_RESOURCE_ERROR : GLS_DECODE_ERROR);
-            return false;
-        }
-        memset(zeros, 0, (size_t)bytes);
-        *out = zeros;
-        return true;
+        r->emptyItem = 1;
+        fail(r, GLS_DECODE_ERROR);
+        return false;
     }
     if (bad_format) {
         // The writer gives such a format no data: elements are a fault of the stream.
@@ -676,6 +668,7 @@ void gls_text_command(GlsReader *r, int opcode)
 static bool begin_statement(GlsReader *r)
 {
     r->error = 0;
+    r->emptyItem = 0;
     r->argIndex = 0;
     return get_name(r, &r->token) && expect(r, '(', true);
 }
@@ -688,6 +681,8 @@ static bool end_statement(GlsReader *r)
     }
     return r->error == 0;
 }
+
+void gls_text_skip_blanks(GlsReader *r) { skip_blanks(r); }
 
 bool gls_text_start(GlsReader *r)
 {
@@ -744,7 +739,7 @@ int gls_read_text(GlsContext *ctx, GlsReader *r)
         }
         ((GlsTextRow)gls_text_table[opcode])(r);
         if (!end_statement(r)) {
-            gls_report_error((int)opcode, (GLSenum)r->error);
+            gls_report_error((int)opcode, (GLSenum)r->error, r->emptyItem);
             if (!skip_statement(r))
                 return 0;
         }

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdint>
+#include <cstring>
 
 void history_note(const char *name)
 {
@@ -24,6 +25,39 @@ void context_made_current(thread_record *record, int result, void *context)
 {
     // A failed call leaves no context current: the session stands on the null record.
     attach_gl(record, result == 1 ? (uint32_t)(uintptr_t)context : 0);
+}
+
+typedef BOOL(WINAPI *make_context_current_function)(HDC draw, HDC read, HGLRC context);
+
+// The real functions, kept when the program asks for them; one pointer each, written whole.
+static make_context_current_function real_make_context_current[2];
+
+template <int Which>
+static BOOL WINAPI make_context_current(HDC draw, HDC read, HGLRC context)
+{
+    DWORD entry_error = GetLastError();
+    thread_record *record = thread_entry();
+    SetLastError(entry_error);
+    BOOL result = real_make_context_current[Which](draw, read, context);
+    DWORD error = GetLastError();
+    context_made_current(record, result, context);
+    SetLastError(error);
+    return result;
+}
+
+PROC proc_address_found(LPCSTR name, PROC found)
+{
+    static const char *const names[2] = {"wglMakeContextCurrentARB", "wglMakeContextCurrentEXT"};
+    static const PROC entries[2] = {(PROC)(void *)make_context_current<0>, (PROC)(void *)make_context_current<1>};
+    // A name below 64 K is an ordinal, which no such function has.
+    if (!found || (uintptr_t)name <= 0xFFFF)
+        return found;
+    for (int which = 0; which < 2; ++which)
+        if (strcmp(name, names[which]) == 0) {
+            real_make_context_current[which] = (make_context_current_function)(void *)found;
+            return entries[which];
+        }
+    return found;
 }
 
 void swap_halt_point(thread_record *record, const char *name)

@@ -4,12 +4,19 @@
 #include "session/context.h"
 #include "session/records.h"
 
+#include <windows.h>
+
 // A history note: glsString("Info", name) through the thread's dispatch, then glsFlush.
 void history_note(const char *name);
 
 // Behind the real wglMakeCurrent: the session follows the context on success and falls back to
 // the null record on failure.
 void context_made_current(thread_record *record, int result, void *context);
+
+// Behind the real wglGetProcAddress: the session's own entry in place of a function that makes
+// a context current (wglMakeContextCurrentARB and its EXT twin), so that the session follows the
+// context that it makes current; any other address as it came.
+PROC proc_address_found(LPCSTR name, PROC found);
 
 // In front of a real swap: the break on swap and the halt loop of run control.
 void swap_halt_point(thread_record *record, const char *name);

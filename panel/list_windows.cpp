@@ -133,13 +133,14 @@ static void list_select_refresh(HWND dialog, int32_t context_row)
 {
     const thread_record *record = current_record();
     per_gl *gl = open_per_gl(record, record->master->gl_table[context_row].handle);
-    open_rows(record);
+    // The block as it is now: another context may have grown it since this one last held it.
+    const list_info_row *rows = open_rows(record);
     SetWindowLongPtrA(dialog, GWLP_USERDATA, context_row);
     HWND list = GetDlgItem(dialog, IDC_LIST_SELECT_LIST);
     SendMessageA(list, LB_RESETCONTENT, 0, 0);
     for (int32_t row = 0; row < gl->list_count; ++row) {
         char text[PANEL_TEXT_SIZE];
-        snprintf(text, sizeof text, "List %d", gl->list_rows[row].list);
+        snprintf(text, sizeof text, "List %d", rows[row].list);
         LRESULT at = SendMessageA(list, LB_ADDSTRING, 0, (LPARAM)text);
         SendMessageA(list, LB_SETITEMDATA, at, row);
     }

@@ -105,10 +105,11 @@ static unsigned __stdcall panel_thread(void *argument)
 {
     thread_record *record = (thread_record *)argument;
     TlsSetValue(session_tls, record);
-    // The dialogs come from the library's resources, found under its own name.
+    // The dialogs come from the library's resources, found under its own name. Without it the
+    // program ends without a box: a line for a debugger of the process is all it says.
     record->module = (ModuleHandle)GetModuleHandleA("quondale.dll");
     if (!record->module) {
-        fatal_report("ui", __LINE__, "The panel needs this library loaded as quondale.dll.");
+        OutputDebugStringA("quondale: the panel needs this library loaded as quondale.dll\n");
         ExitProcess(1);
     }
     // A failed creation is not checked: the window stays null.

@@ -21,9 +21,11 @@ bool settings_read(FILE *file, settings_values *values)
     values->state_non_default = value;
     fscanf(file, "%*s%d", &value);
     values->state_snap_diff = value;
+    // The rows' numbers likewise: a file that ends early repeats its last row in every later
+    // row of every later section.
+    int columns[4] = {0, 0, 0, 0};
     for (settings_section &section : values->sections) {
         fscanf(file, "%*s");
-        int columns[4] = {0, 0, 0, 0};
         for (int row = 0; row < GL_CALL_COUNT; ++row) {
             fscanf(file, "%*s %d %d %d %d", &columns[0], &columns[1], &columns[2], &columns[3]);
             section.selected[row] = columns[0] == 1;

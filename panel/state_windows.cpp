@@ -41,7 +41,6 @@ static void state_select_refresh(HWND dialog)
     HMENU menu = GetMenu(dialog);
     bool non_default = GetMenuState(menu, IDM_NON_DEFAULT_STATE, MF_BYCOMMAND) & MF_CHECKED;
     bool from_snapshot = GetMenuState(menu, IDM_DIFF_FROM_SNAPSHOT, MF_BYCOMMAND) & MF_CHECKED;
-    int added = 0;
     for (int row = 0; row < STATE_ROW_COUNT; ++row) {
         const state_row *catalogue = &record->master->state_rows[row];
         const state_values *values = &record->per_gl->state[row];
@@ -49,9 +48,9 @@ static void state_select_refresh(HWND dialog)
             continue;
         if (from_snapshot && !differs(values->current, values->snapshot, catalogue->count))
             continue;
-        SendMessageA(list, LB_ADDSTRING, 0, (LPARAM)catalogue->name);
-        // The catalogue is in the list's sorted order, so the entry's place is the count so far.
-        SendMessageA(list, LB_SETITEMDATA, added++, row);
+        // The list keeps the catalogue's order; its row is where the entry went all the same.
+        LRESULT at = SendMessageA(list, LB_ADDSTRING, 0, (LPARAM)catalogue->name);
+        SendMessageA(list, LB_SETITEMDATA, at, row);
     }
 }
 

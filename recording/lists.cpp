@@ -19,6 +19,14 @@ list_info_row *list_rows_resize(thread_record *record, int32_t count)
     return rows;
 }
 
+// The record of the current context; null with none, where GL makes, compiles and calls no
+// list and the session has neither rows nor a calls file for it.
+static per_gl *context_gl(thread_record *record)
+{
+    per_gl *gl = record->per_gl;
+    return gl->handle != 0 ? gl : nullptr;
+}
+
 // The live row of a list: the first with that name that isn't deleted.
 static list_info_row *find_row(per_gl *gl, uint32_t list)
 {
@@ -30,8 +38,8 @@ static list_info_row *find_row(per_gl *gl, uint32_t list)
 
 void list_on_gen(thread_record *record, int32_t range)
 {
-    per_gl *gl = record->per_gl;
-    if (gl->list_capturing == 1)
+    per_gl *gl = context_gl(record);
+    if (!gl || gl->list_capturing == 1)
         return;
     gl->list_reserved += range;
     list_rows_resize(record, gl->list_count + gl->list_reserved);
@@ -39,8 +47,8 @@ void list_on_gen(thread_record *record, int32_t range)
 
 void list_on_new(thread_record *record, uint32_t list)
 {
-    per_gl *gl = record->per_gl;
-    if (gl->list_current)
+    per_gl *gl = context_gl(record);
+    if (!gl || gl->list_current)
         return; // a nested glNewList begins no capture
     list_info_row *row = gl->list_count > 0 ? find_row(gl, list) : nullptr;
     if (!row) {
@@ -64,8 +72,8 @@ void list_on_new(thread_record *record, uint32_t list)
 
 void list_on_end(thread_record *record)
 {
-    per_gl *gl = record->per_gl;
-    if (!gl->list_current)
+    per_gl *gl = context_gl(record);
+    if (!gl || !gl->list_current)
         return;
     gl->list_current->end = (int32_t)ftell(gl->list_calls_file);
     gl->list_current->status = 3;
@@ -75,8 +83,8 @@ void list_on_end(thread_record *record)
 
 void list_on_delete(thread_record *record, uint32_t list, int32_t range)
 {
-    per_gl *gl = record->per_gl;
-    for (int32_t name = 0; name < range && gl->list_count > 0; ++name)
+    per_gl *gl = context_gl(record);
+    for (int32_t name = 0; gl && name < range && gl->list_count > 0; ++name)
         for (int32_t row = 0; row < gl->list_count; ++row)
             if (gl->list_rows[row].list == (int32_t)(list + (uint32_t)name) && gl->list_rows[row].status != 1)
                 gl->list_rows[row].status = 1;
@@ -86,8 +94,8 @@ void list_on_base(thread_record *record, uint32_t base) { record->per_gl->list_b
 
 bool list_on_call(thread_record *record, uint32_t list)
 {
-    per_gl *gl = record->per_gl;
-    if (gl->list_count == 0)
+    per_gl *gl = context_gl(record);
+    if (!gl || gl->list_count == 0)
         return true; // no rows: no test at all
     list_info_row *row = find_row(gl, list);
     if (!row)

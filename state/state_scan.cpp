@@ -13,20 +13,27 @@
 // first; the row keeps what fits.
 enum : int { QUERY_ROOM = 4096 };
 
-// The values GL may write for a row: more than the row's count for the maps.
-static int needed_values(const state_row *row)
+// A size that GL gave as a float; one beyond reason counts as more than any room.
+static int64_t size_of(GLfloat value)
+{
+    return value >= 0 && value <= (GLfloat)QUERY_ROOM ? (int64_t)value : (int64_t)QUERY_ROOM + 1;
+}
+
+// The values GL may write for a row: more than the row's count for the maps. Asked through the
+// scan's own float queries, so that no function of the program's loses its place in the history.
+static int64_t needed_values(const state_row *row)
 {
     if (row->kind == 4 && row->second_enum == GL_COEFF) {
-        GLint order[2] = {1, 1};
-        ((fn_glGetMapiv)gls_own_call(OP_glGetMapiv))((GLenum)row->first_enum, GL_ORDER, order);
+        GLfloat order[2] = {1, 1};
+        ((fn_glGetMapfv)gls_own_call(OP_glGetMapfv))((GLenum)row->first_enum, GL_ORDER, order);
         bool surface = row->first_enum >= (int32_t)GL_MAP2_COLOR_4;
-        return order[0] * (surface ? order[1] : 1) * row->count;
+        return size_of(order[0]) * (surface ? size_of(order[1]) : 1) * row->count;
     }
     if (row->kind == 6) {
         // Each map's size query sits 64 above the map's own enumerant.
-        GLint size = 0;
-        ((fn_glGetIntegerv)gls_own_call(OP_glGetIntegerv))((GLenum)(row->first_enum + 64), &size);
-        return size;
+        GLfloat size = 0;
+        ((fn_glGetFloatv)gls_own_call(OP_glGetFloatv))((GLenum)(row->first_enum + 64), &size);
+        return size_of(size);
     }
     return row->count;
 }
@@ -37,7 +44,7 @@ void state_query(thread_record *record, int row_index)
     float *current = record->per_gl->state[row_index].current;
     GLenum first = (GLenum)row->first_enum, second = (GLenum)row->second_enum;
     float room[QUERY_ROOM];
-    int needed = needed_values(row);
+    int64_t needed = needed_values(row);
     if (needed > QUERY_ROOM)
         return; // larger than any map this system has met: the row keeps its last values
     float *into = needed > STATE_VALUE_COUNT ? room : current;

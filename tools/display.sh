@@ -2,6 +2,7 @@
 # X server answers on $DISPLAY, starting a private Xvfb when none does.
 
 quondale_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+source "$quondale_root/tools/wine32.sh"
 
 # Debian's wine64 package has no /usr/bin/wine; the loader lives under /usr/lib/wine.
 find_wine() {
@@ -17,6 +18,30 @@ find_wine() {
     done
     echo "quondale: no Wine found (run ./quondale setup)" >&2
     return 1
+}
+
+# wine_command for programs of 32 or 64 bits: the host's Wine for 64-bit programs, the 32-bit
+# Wine's (tools/wine32.sh) for 32-bit ones; wait_wineserver waits up to 20 s for its server to end.
+use_wine() {
+    wine_bits=$1
+    if [ "$wine_bits" = 32 ]; then
+        wine_command=(wine32_exec wine)
+    else
+        wine_command=("$wine_binary")
+    fi
+}
+
+wait_wineserver() {
+    if [ "${wine_bits:-64}" = 32 ]; then
+        wine32_exec timeout 20 wineserver -w
+    else
+        timeout 20 "$wineserver_binary" -w
+    fi
+}
+
+# 32 for a 32-bit Windows program, 64 otherwise.
+program_bits() {
+    if wine32_is_32bit "$1"; then echo 32; else echo 64; fi
 }
 
 # The prefix belongs to the build folder so that a fresh checkout never touches ~/.wine.
@@ -44,6 +69,7 @@ add_check_desktop() {
 
 # Creates the prefix once; a lock keeps parallel test runs from booting it twice.
 ensure_prefix() {
+    [ "${1:-64}" = 32 ] && { ensure_prefix32; return; }
     find_wine || return 1
     if [ -f "$WINEPREFIX/system.reg" ] && grep -q '"quondale"="1280x1024"' "$WINEPREFIX/user.reg" 2>/dev/null; then
         return 0
@@ -61,6 +87,15 @@ ensure_prefix() {
         WINEDEBUG=-all DISPLAY= add_check_desktop
     ) 9>"$WINEPREFIX.lock"
     [ -f "$WINEPREFIX/system.reg" ] || { echo "quondale: wineboot failed for $WINEPREFIX" >&2; return 1; }
+}
+
+# A process and everything it started: the 32-bit Wine's program is a grandchild of nsenter.
+kill_tree() {
+    local child
+    for child in $(pgrep -P "$1"); do
+        kill_tree "$child"
+    done
+    kill -9 "$1" 2>/dev/null
 }
 
 display_answers() {
@@ -102,4 +137,26 @@ stop_xvfb() {
 
 ensure_display() {
     display_answers || start_xvfb
+}
+
+# The 32-bit prefix, made by the tree's Wine in the same way.
+ensure_prefix32() {
+    wine32_tree_ready || { echo "quondale: no 32-bit Wine here (run ./quondale setup)" >&2; return 1; }
+    if [ -f "$wine32_prefix/system.reg" ] && grep -q '"quondale"="1280x1024"' "$wine32_prefix/user.reg" 2>/dev/null; then
+        return 0
+    fi
+    mkdir -p "$(dirname "$wine32_prefix")"
+    (
+        flock 9
+        if [ ! -f "$wine32_prefix/system.reg" ]; then
+            echo "quondale: creating the 32-bit Wine prefix $wine32_prefix" >&2
+            WINEDEBUG=-all WINEDLLOVERRIDES=$(wine_overrides system) DISPLAY= \
+                wine32_exec sh -c 'wine wineboot -i; wineserver -w' </dev/null >/dev/null 2>&1
+        fi
+        WINEDEBUG=-all DISPLAY= wine32_exec sh -c \
+            "wine reg add 'HKCU\\Software\\Wine\\Explorer\\Desktops' /v quondale /d 1280x1024 /f; wineserver -w" \
+            </dev/null >/dev/null 2>&1
+    ) 9>"$wine32_prefix.lock"
+    grep -q '"quondale"="1280x1024"' "$wine32_prefix/user.reg" 2>/dev/null ||
+        { echo "quondale: wineboot failed for $wine32_prefix" >&2; return 1; }
 }

@@ -3,6 +3,7 @@
 
 #include "session/mmaps.h"
 #include "panel/resource.h"
+#include "panel/settings_file.h"
 #include "session/rings.h"
 
 #include <gtest/gtest.h>
@@ -288,6 +289,18 @@ TEST(ListHeadLine, NameStateCallsAndUses)
     EXPECT_EQ(head(3, 3, 12, 1), "List 3; contains 12 calls; called 1 time;");
     EXPECT_EQ(head(1, 1, 2, 0), "List 1; deleted; contains 2 calls;");
     EXPECT_EQ(head(7, 2, 0, 5), "List 7; capturing calls now; contains 0 calls; called 5 times;");
+}
+
+TEST(SettingsFile, AFileCutShortRepeatsItsLastRowInEveryLaterRowAndSection)
+{
+    FILE *file = tmpfile();
+    fputs("quondale\na: 1\nb: 0\nc: 1\nd: 0\ne: 0\nf: 0\ng: ALL\nh: 1\ni: 0\nbreak\nglAccum: 1 2 3 4\n", file);
+    rewind(file);
+    static settings_values values;
+    ASSERT_TRUE(settings_read(file, &values));
+    fclose(file);
+    const settings_section &skip = values.sections[SETTINGS_SECTIONS - 1];
+    EXPECT_TRUE(skip.selected[GL_CALL_COUNT - 1] == 1 && !memcmp(skip.sets[GL_CALL_COUNT - 1], "\2\3\4", 3));
 }
 
 } // namespace

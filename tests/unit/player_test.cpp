@@ -106,10 +106,15 @@ TEST(PlayerPlay, TwoFramesTheirPicturesAndTheDebuggersCounts)
 
 TEST(PlayerPlay, BadFilesTellWhyAndKeepTheFramesBefore)
 {
+    // A stream may just end between statements, as a program's history does; not inside one.
     std::string whole = read_file(data_file("player_frames.gls"));
-    std::string cut = write_temp("cut.gls", whole.substr(0, whole.find("glVertex2fv({0, 1")));
+    size_t quad = whole.find("glVertex2fv({0, 1");
     kept_frames kept;
     play_outcome outcome;
+    EXPECT_TRUE(play(write_temp("ended.gls", whole.substr(0, quad)), &kept, &outcome)) << outcome.error;
+    free_play_outcome(&outcome);
+    std::string cut = write_temp("cut.gls", whole.substr(0, quad + 15));
+    kept = {};
     EXPECT_FALSE(play(cut, &kept, &outcome));
     EXPECT_EQ(std::string(outcome.error), cut + " ends in the middle of a stream");
     // The first frame whole, and what the second had drawn when the stream ended.
@@ -122,6 +127,16 @@ TEST(PlayerPlay, BadFilesTellWhyAndKeepTheFramesBefore)
     std::string broken_path = write_temp("broken.gls", broken);
     EXPECT_FALSE(play(broken_path, &kept, &outcome));
     EXPECT_EQ(std::string(outcome.error).rfind(broken_path + ": a broken glClear command near byte ", 0), 0u) << outcome.error;
+    free_play_outcome(&outcome);
+
+    // Empty lists where data is due stand for a program's null pointers: named once, skipped.
+    std::string nulls = write_temp("nulls.gls", "glsBeginGLS(1, 0);\nglColor3fv({});\n"
+                                                "glDrawElements(GL_POINTS, 2, GL_UNSIGNED_SHORT, {});\nglColor3fv({});\n");
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(play(nulls, &kept, &outcome)) << outcome.error;
+    std::string skipped = " skipped: it holds no data where its count asks for some (a null pointer of the program's)\n";
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "quondale: " + nulls + ": glColor3fv" + skipped + "quondale: " + nulls + ": glDrawElements" + skipped);
     free_play_outcome(&outcome);
 
     std::string prose = write_temp("prose.gls", "Dear reader,\nthis is no stream.\n");

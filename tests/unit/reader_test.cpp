@@ -5,6 +5,7 @@
 #include "gen/dispatch_calls.h"
 #include "gen/gl_enums.h"
 #include "gls/gls.h"
+#include "gls/streams.h"
 #include "gls/tables.h"
 #include "gls/writer.h"
 
@@ -412,6 +413,10 @@ TEST_F(Reader, BinaryStreamsOfBothByteOrdersAndMixedGroups)
         b.bytes += "glsBeginGLS(1, 0);\nglEnd();\nglsEndGLS();\n";
         EXPECT_EQ(play(big ? GLS_BINARY_MSB_FIRST : GLS_BINARY_LSB_FIRST, b.bytes),
                   std::string(expected) + "glsEndGLS();\nglsBeginGLS(1, 0);\nglEnd();\nglsEndGLS();\n");
+        // Behind a text group, as a binary capture appended to a history.
+        EXPECT_EQ(play(GLS_TEXT, "glsBeginGLS(1, 0);\nglsEndGLS();\r\n# appended:\n" + b.bytes),
+                  "glsBeginGLS(1, 0);\nglsEndGLS();\n" + std::string(expected) +
+                      "glsEndGLS();\nglsBeginGLS(1, 0);\nglEnd();\nglsEndGLS();\n");
         // Bytes that are no command end the read.
         EXPECT_EQ(play(big ? GLS_BINARY_MSB_FIRST : GLS_BINARY_LSB_FIRST, sample_group(big).bytes), expected);
         EXPECT_EQ(glsGetError(), GLS_DECODE_ERROR);
@@ -475,6 +480,7 @@ TEST_F(Reader, TextAcceptsMoreThanTheWriterWrites)
         "glColor3bv({-128, 127, '0'});\n"
         "glColor3ubv({256, 0, 0});\n"
         "glColor3fv({}); glsNumiv(\"n\", 3, {}); glsNumiv(\"huge\", 100000, {});\n"
+        "glsDrawVertexArray(GL_POINTS, GL_V2F, 1, {}); glsNumiv(\"none\", 0, {});\n"
         "glsEndGLS();\n";
     EXPECT_EQ(play(GLS_TEXT, text),
               "glsBeginGLS(1, 0);\n"
@@ -494,10 +500,30 @@ TEST_F(Reader, TextAcceptsMoreThanTheWriterWrites)
               "glsError(0, GLS_DECODE_ERROR);\n"
               "glColor3bv({-128, 127, 48});\n"
               "glsError(GLS_OP_glColor3ubv, GLS_DECODE_ERROR);\n"
-              "glColor3fv({0, 0, 0});\n"
-              "glsNumiv(\"n\", 3, {0, 0, 0});\n"
+              "glsError(GLS_OP_glColor3fv, GLS_DECODE_ERROR);\n"
               "glsError(GLS_OP_glsNumiv, GLS_DECODE_ERROR);\n"
+              "glsError(GLS_OP_glsNumiv, GLS_DECODE_ERROR);\n"
+              "glsError(GLS_OP_glsDrawVertexArray, GLS_DECODE_ERROR);\n"
+              "glsNumiv(\"none\", 0, {});\n"
               "glsEndGLS();\n");
+}
+
+std::string refusals;
+void GLS_APIENTRY note_refusal(GLSopcode, GLSenum) { refusals += gls_current()->readEmptyItem ? "empty " : "other "; }
+
+// Null indices (a buffer object's offset) are refused in every form as an empty item.
+TEST_F(Reader, NullIndicesAreRefusedInEveryForm)
+{
+    glsCommandFunc(GLS_CALL_FUNC, OP_glsError, (GlsFunc)note_refusal);
+    for (GLSenum type : {GLS_TEXT, GLS_BINARY_LSB_FIRST, GLS_BINARY_MSB_FIRST}) {
+        ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", type, 0));
+        dispatch_glDrawElements(GL_POINTS, 2, GL_UNSIGNED_SHORT, nullptr);
+        glsEndCapture();
+        std::string stream = written;
+        written.clear();
+        glsCallArray(type, stream.size(), (const GLubyte *)stream.data());
+    }
+    EXPECT_EQ(refusals, "empty empty empty ");
 }
 
 TEST_F(Reader, StreamStartsAndTheirRefusals)
@@ -617,9 +643,16 @@ TEST_F(Reader, NestingStopsAtSixtyFourAndAbortsTheRest)
     EXPECT_EQ(take_recorded(), begins) << "the 65th read aborts everything behind it";
     EXPECT_FALSE(glsIsEnabled(GLS_ABORT_CALL));
     EXPECT_EQ(glsGeti(GLS_CALL_NESTING), 0);
-    // Nor is a stream read while it is written: a copy onto itself would never end.
+    // Nor is a stream read while it is written: a copy onto itself would never end. One written
+    // below the capture in hand is read as far as it is written, into the capture in hand.
     glsCopyStream((const GLubyte *)"self", (const GLubyte *)"self", GLS_CONTEXT, GLS_WRITE_APPEND);
     EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"a", GLS_CONTEXT, GLS_WRITE_NO_FRAME));
+    dispatch_glEnd();
+    glsCopyStream((const GLubyte *)"a", (const GLubyte *)"", GLS_TEXT, GLS_WRITE_NO_FRAME);
+    glsEndCapture();
+    EXPECT_EQ(written, "glEnd();\n");
+    EXPECT_EQ(glsGetError(), GLS_NONE);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -689,6 +722,13 @@ TEST_F(Reader, QueriesGiveTheirExactAnswers)
     EXPECT_EQ(glsGetPointer(GLS_DATA_POINTER), (void *)&now);
     EXPECT_EQ(glsGetFunc(GLS_WRITE_FUNC), (GlsFunc)collect);
     EXPECT_STREQ((const char *)glsGetListc(GLS_READ_PREFIX_LIST, glsGeti(GLS_READ_PREFIX_COUNT) - 1), "");
+    // A pipe cannot be sought: its type is unknown, and its bytes stay for its reader.
+    int ends[2];
+    ASSERT_TRUE(pipe(ends) == 0 && write(ends[1], "glsBeginGLS(1, 0);", 18) == 18 && close(ends[1]) == 0);
+    glsChannel(GLS_DEFAULT_READ_CHANNEL, fdopen(ends[0], "rb"));
+    EXPECT_EQ(glsGetStreamType(GLS_STREAM_TYPE, (const GLubyte *)""), (GLuint)GLS_UNKNOWN);
+    EXPECT_EQ(glsCallStream((const GLubyte *)""), GLS_TEXT);
+    fclose((FILE *)glsGetPointer(GLS_DEFAULT_READ_CHANNEL));
     execute_glsBlock(GLS_HEADER);
     execute_glsHeaderi(GLS_DEPTH_BITS, 24);
     execute_glsHeaderc(GLS_TITLE, (const GLubyte *)"cube");

@@ -1,7 +1,7 @@
 // Faults of the program that the debugger must live through, each answered as the system's GL
-// answers it: GL with no context, the current context deleted, one context made current on two
-// threads, get results that end at a page the program may not touch, a GL thread that ends
-// with its panel up, and the window of a halted thread destroyed by the thread that owns it.
+// answers it: GL (lists too) with no context, the current context deleted, one context made
+// current on two threads, get results that end at a page the program may not touch, a GL thread
+// that ends with its panel up, and the window of a halted thread destroyed by its owner.
 #include "tests/wine/harness.h"
 
 #include "panel/resource.h"
@@ -16,6 +16,10 @@ static void gl_without_context(const char *when)
     glVertex2f(0, 0);
     glEnd();
     check(glGetString(GL_VENDOR) == nullptr, "%s: glGetString gave a text with no context", when);
+    check(glGenLists(2) == 0, "%s: glGenLists gave names with no context", when);
+    glNewList(1, GL_COMPILE);
+    glEndList();
+    glCallList(1);
 }
 
 // Green cleared and read back: the context works.
@@ -157,6 +161,7 @@ int main(int argc, char **argv)
     draws("after the other window went");
 
     wglMakeCurrent(nullptr, nullptr);
+    gl_without_context("after the context was released");
     wglDeleteContext(window.context);
     return finish("app_faults");
 }

@@ -508,14 +508,23 @@ struct window_search {
     HWND found;
 };
 
+// A window's title as the system keeps it: GetWindowText would ask a window of another thread of
+// the program, which may stand halted, and wait for it.
+static std::string title_of(HWND window)
+{
+    wchar_t wide[256];
+    char title[256] = "";
+    if (InternalGetWindowText(window, wide, 256) > 0)
+        WideCharToMultiByte(CP_ACP, 0, wide, -1, title, sizeof title, nullptr, nullptr);
+    return title;
+}
+
 static BOOL CALLBACK look_at_window(HWND window, LPARAM argument)
 {
     window_search *search = (window_search *)argument;
     DWORD process = 0;
     GetWindowThreadProcessId(window, &process);
-    char title[256];
-    if (process != GetCurrentProcessId() || !IsWindowVisible(window) || !GetWindowTextA(window, title, sizeof title) ||
-        strcmp(title, search->title) != 0)
+    if (process != GetCurrentProcessId() || !IsWindowVisible(window) || title_of(window) != search->title)
         return TRUE;
     if (search->thread && control_text(window, IDC_THREAD_BANNER) != "App Process ID = " + std::to_string(search->thread))
         return TRUE;
@@ -726,14 +735,11 @@ static HANDLE continuer;
 
 static BOOL CALLBACK continue_if_halted(HWND window, LPARAM)
 {
-    // Only dialogs are asked for their title: asking a window of another thread of the program
-    // would wait on that thread, which may be waiting on this one.
-    char title[32], kind[16];
+    char kind[16];
     DWORD process = 0;
     GetWindowThreadProcessId(window, &process);
     if (process == GetCurrentProcessId() && IsWindowVisible(window) && GetClassNameA(window, kind, sizeof kind) &&
-        strcmp(kind, "#32770") == 0 && GetWindowTextA(window, title, sizeof title) && strcmp(title, "quondale") == 0 &&
-        control_text(window, IDC_STATUS) == "Halted")
+        strcmp(kind, "#32770") == 0 && title_of(window) == "quondale" && control_text(window, IDC_STATUS) == "Halted")
         click(window, IDC_CONTINUE);
     return TRUE;
 }

@@ -184,8 +184,11 @@ int main(int argc, char **argv)
         expect_end(run);
         std::string file = session_directory(run.temp, (DWORD)fact(run, "thread")) + "\\history\\" +
                            std::to_string((int)(uint32_t)fact(run, "context")) + ".gls";
-        // The address lines name the vector that each scalar entry builds on its stack.
-        std::string found = std::regex_replace(without_visual_info(read_file(file)), std::regex("0x[0-9A-F]{8,16}\\."), "0xADDRESS.");
+        // The address lines name the vector that each scalar entry builds on its stack, in as many
+        // digits as a pointer of the platform has.
+        std::string found = std::regex_replace(without_visual_info(read_file(file)),
+                                               std::regex("0x[0-9A-F]{" + std::to_string(2 * sizeof(void *)) + "}\\."),
+                                               "0xADDRESS.");
         check_text(items ? "the history with the items on" : "the history with the items never selected", found,
                    on_disk(expected_history(items)));
         clean_up(run);

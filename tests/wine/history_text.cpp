@@ -2,7 +2,8 @@
 // glsBeginGLS/glsEndGLS pair for each time the context was current, one statement per call with
 // its arguments by name, scalar calls folded into their vector form, WGL calls as notes, calls
 // made without a context in 0.gls, and every line ending in CR CR LF. The state queries of a
-// context's first sight leave glGetError executed alone: the last call stands in no file.
+// context's first sight leave glGetError executed alone: the last call stands in no file; the
+// program's glGetMapiv does. wglMakeContextCurrentARB makes a context current as wglMakeCurrent.
 #include "tests/wine/harness.h"
 
 static int child()
@@ -35,8 +36,12 @@ static int child()
     const GLfloat matrix[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0.5f, -3, 1e10f, 1};
     glLoadMatrixf(matrix);
     glRectf(0, 0, 1, 1);
+    GLint order[2];
+    glGetMapiv(GL_MAP1_VERTEX_3, GL_ORDER, order);
+    write_fact("order", (uintptr_t)order);
 
-    wglMakeCurrent(window.dc, second);
+    auto make_current = (BOOL(WINAPI *)(HDC, HDC, HGLRC))(void *)wglGetProcAddress("wglMakeContextCurrentARB");
+    check(make_current && make_current(window.dc, window.dc, second), "wglMakeContextCurrentARB failed");
     glFlush();
 
     wglMakeCurrent(window.dc, first); // back again: the file goes on with a second frame
@@ -51,7 +56,9 @@ static std::string history_file(const child_run &run, const char *context)
 {
     std::string dir = session_directory(run.temp, (DWORD)fact(run, "thread"));
     std::string handle = context ? std::to_string((int)(uint32_t)fact(run, context)) : "0";
-    return without_visual_info(read_file(dir + "\\history\\" + handle + ".gls"));
+    char order[32];
+    snprintf(order, sizeof order, "0x%llX", fact(run, "order"));
+    return substitute(without_visual_info(read_file(dir + "\\history\\" + handle + ".gls")), {{order, "ORDER"}});
 }
 
 int main(int argc, char **argv)
@@ -92,7 +99,8 @@ int main(int argc, char **argv)
             "    0.5        , -3         , 1E+10      , 1          \n"
             "});\n"
             "glRectfv({0, 0}, {1, 1});\n"
-            "glsString(\"Info\", \"wglMakeCurrent\");\n"
+            "glGetMapiv(GL_MAP1_VERTEX_3, GL_ORDER, ORDER);\n"
+            "glsString(\"Info\", \"wglGetProcAddress\");\n"
             "glsEndGLS();\n"
             "glsBeginGLS(1, 0);\n"
             "glFinish();\n"

@@ -1,5 +1,7 @@
 // The program loads quondale.dll under its own name, through the forwarding opengl32.dll beside
-// it, and quondale.dll in turn has the system's opengl32.dll loaded to do the real work.
+// it, and quondale.dll in turn has the system's opengl32.dll loaded to do the real work. Loaded
+// under the name opengl32.dll instead, it ends the program at its first WGL call with exit code
+// 1 and no message box.
 #include "tests/wine/harness.h"
 
 #include <tlhelp32.h>
@@ -20,8 +22,18 @@ static std::string module_path(HMODULE module)
     return lower(std::string(path, length));
 }
 
-int main()
+int main(int argc, char **argv)
 {
+    if (argc > 1 && !strcmp(argv[1], "renamed")) {
+        open_gl_window(16, 16); // the panel ends the program here
+        return 0;
+    }
+    std::string renamed = program_folder() + "renamed\\";
+    CreateDirectoryA(renamed.c_str(), nullptr);
+    CopyFileA((program_folder() + "library_names.exe").c_str(), (renamed + "library_names.exe").c_str(), FALSE);
+    CopyFileA((program_folder() + "quondale.dll").c_str(), (renamed + "opengl32.dll").c_str(), FALSE);
+    int exit_code = run_program("\"" + renamed + "library_names.exe\" renamed", renamed, 30000);
+    check(exit_code == 1, "loaded as opengl32.dll the program ended with %d, not 1 (99: it waited)", exit_code);
     HMODULE quondale = GetModuleHandleA("quondale.dll");
     if (!quondale) {
         check(false, "GetModuleHandleA(\"quondale.dll\") is null: the program did not load the debugger");

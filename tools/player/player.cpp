@@ -229,6 +229,8 @@ struct player_state {
 
     int groups_begun;
     int groups_ended;
+    // The last thing the read told of was a broken statement: a text cut off inside it.
+    bool error_last;
     bool stopped;
     char first_error[256];
     text_buffer unknown_names;
@@ -357,12 +359,22 @@ static void end_frame(player_state *p, bool swapped)
     }
 }
 
+// A command that is not played is named once.
+static void name_skipped(player_state *p, int opcode, const char *because)
+{
+    if (p->skip_reported[opcode])
+        return;
+    p->skip_reported[opcode] = true;
+    fprintf(stderr, "quondale: %s: %s skipped: it %s\n", p->path, gls_opcode_names[opcode], because);
+}
+
 bool player_tap(int opcode, const GlsArgValue *args)
 {
     player_state *p = playing;
     if (p->prescan)
         return false;
     ++p->frame_calls;
+    p->error_last = false;
     int row = p->row_of_opcode[opcode];
     count_call(&p->record, row);
     if (p->kind[opcode] == KIND_STATE && p->record.per_gl->in_begin_end == 0)
@@ -371,11 +383,7 @@ bool player_tap(int opcode, const GlsArgValue *args)
         p->run[opcode](&p->record, args);
     if (!p->skipped_because[opcode])
         return true;
-    if (!p->skip_reported[opcode]) {
-        p->skip_reported[opcode] = true;
-        fprintf(stderr, "quondale: %s: %s skipped: it %s\n", p->path, gls_opcode_names[opcode],
-                p->skipped_because[opcode]);
-    }
+    name_skipped(p, opcode, p->skipped_because[opcode]);
     return false;
 }
 
@@ -392,6 +400,7 @@ static void GLS_APIENTRY on_string(const GLubyte *tag_bytes, const GLubyte *text
 {
     player_state *p = playing;
     const char *tag = (const char *)tag_bytes, *text = (const char *)text_bytes;
+    p->error_last = false;
     if (!tag || !text)
         return;
     if (p->prescan) {
@@ -429,6 +438,7 @@ static void GLS_APIENTRY on_draw_vertex_array(GLenum mode, GLenum format, GLint 
     player_state *p = playing;
     if (p->prescan)
         return;
+    p->error_last = false;
     // The debugger counted the draw that the arrays' content stands for.
     ++p->frame_calls;
     hook_draw_arrays(&p->record, mode, 0, count);
@@ -438,9 +448,18 @@ static void GLS_APIENTRY on_draw_vertex_array(GLenum mode, GLenum format, GLint 
 static void GLS_APIENTRY on_error(GLSopcode opcode, GLSenum error)
 {
     player_state *p = playing;
-    if (p->prescan || p->first_error[0])
+    if (p->prescan)
         return;
-    const char *name = opcode > 0 && gls_opcode_exists(opcode) ? gls_opcode_names[opcode] : "statement";
+    bool known = opcode > 0 && gls_opcode_exists(opcode);
+    // An empty list where the count asks for data stands for a null pointer of the program's.
+    if (known && gls_current()->readEmptyItem) {
+        name_skipped(p, opcode, "holds no data where its count asks for some (a null pointer of the program's)");
+        return;
+    }
+    p->error_last = true;
+    if (p->first_error[0])
+        return;
+    const char *name = known ? gls_opcode_names[opcode] : "statement";
     snprintf(p->first_error, sizeof p->first_error, "a broken %s command near byte %llu (error 0x%X)", name,
              (unsigned long long)glsGetConsumedBytes(), (unsigned)error);
 }
@@ -450,6 +469,7 @@ static void GLS_APIENTRY on_unsupported(const GLubyte *command)
     player_state *p = playing;
     if (p->prescan || !command)
         return;
+    p->error_last = false;
     text_buffer *names = &p->unknown_names;
     // Each unknown name is told once.
     char mark[GLS_NAME_LIMIT + 2];
@@ -463,6 +483,7 @@ static void GLS_APIENTRY on_unsupported(const GLubyte *command)
 static void GLS_APIENTRY on_begin_group(GLint major, GLint minor)
 {
     ++playing->groups_begun;
+    playing->error_last = false;
     GL(glsBeginGLS)(major, minor);
 }
 
@@ -578,7 +599,7 @@ bool play_history(const char *path, const play_options *options, play_outcome *o
     glsContext(codec_context);
     install_hooks();
 
-    bool played = false;
+    bool played = false, out_of_bytes = false;
     // First the records of the pixel format, executing nothing: the context is made for them.
     p->prescan = true;
     default_surface_format(&p->format);
@@ -606,7 +627,7 @@ bool play_history(const char *path, const play_options *options, play_outcome *o
             } else {
                 snapshot(p);
                 glsCallStream((const GLubyte *)path);
-                glsGetError();
+                out_of_bytes = glsGetError() == GLS_DECODE_ERROR;
                 if (!p->stopped && p->frame_calls > 0)
                     end_frame(p, false);
                 played = true;
@@ -615,7 +636,9 @@ bool play_history(const char *path, const play_options *options, play_outcome *o
         }
     }
     outcome->format = p->format;
-    if (played && !p->stopped && p->groups_begun != p->groups_ended)
+    // A stream may just end between statements, as the history of a program that exits does; it
+    // ends in the middle when its last statement is cut off or the binary loop runs out of bytes.
+    if (played && !p->stopped && p->groups_begun != p->groups_ended && (out_of_bytes || p->error_last))
         played = fail(outcome, "%s ends in the middle of a stream%s", path, "");
     if (played && p->first_error[0])
         played = fail(outcome, "%s: %s", path, p->first_error);
