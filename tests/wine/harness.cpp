@@ -73,8 +73,7 @@ static void remove_tree(const std::string &path)
             std::string name = entry.cFileName;
             if (name == "." || name == "..")
                 continue;
-            // A link is never followed: what it leads to is not the check's.
-            if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && !(entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT))
+            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
                 remove_tree(path + "\\" + name);
             else
                 DeleteFileA((path + "\\" + name).c_str());

@@ -1,72 +1,36 @@
 // The debugger's end is the application's: File/Quit, and closing the control window by its
 // system menu, end the process with exit code 0 and remove the session's temporary directory.
-// A folder of that name from an earlier run is kept aside, and Quit removes only the session's
-// own files: never through a link, never a file that another put there.
+// An earlier run's folder of its name (its history a link to the user's) is kept aside, and Quit
+// never deletes through a link, not even one that took the place of the session's history.
 #include "tests/wine/harness.h"
 
 #include "panel/resource.h"
 
-#include <algorithm>
 #include <cstring>
 
 static bool by_system_menu;
 static std::string session;
 
-static void put_file(const std::string &path)
-{
-    FILE *file = fopen(path.c_str(), "wb");
-    check(file && fputs("kept", file) >= 0, "cannot write %s", path.c_str());
-    if (file)
-        fclose(file);
-}
-
-// A Unix command run in folder, as a user of Wine makes a link: its own API makes none. Wine
-// gives no handle to wait on for a Unix program, so the caller waits for what it does.
-static void unix_command(std::string command, const std::string &folder)
+// As a user of Wine runs ln or rm: Wine's own API makes no link, nor waits for a Unix program,
+// so this waits for path to come or go.
+static void unix_command(std::string command, const std::string &folder, const std::string &path, bool there)
 {
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
-    check(CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(), &startup, &process),
-          "cannot run %s", command.c_str());
-}
-
-static bool is_link(const std::string &path)
-{
-    DWORD attributes = GetFileAttributesA(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT);
-}
-
-static void link_to_mine(const std::string &folder)
-{
-    unix_command("Z:\\bin\\ln -s ../mine history", folder);
-    for (int tries = 0; tries < 500 && !is_link(folder + "\\history"); ++tries)
+    CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(), &startup, &process);
+    for (int tries = 0; tries < 500 && directory_exists(path) != there; ++tries)
         Sleep(20);
-    check(is_link(folder + "\\history"), "no link in %s", folder.c_str());
 }
 
-// Names below folder, sorted, folders with a backslash; links are named and not followed, and a
-// file still holding "kept" says so.
-static void list_tree(const std::string &folder, const std::string &prefix, std::vector<std::string> *names)
+static void earlier_run()
 {
-    WIN32_FIND_DATAA entry;
-    HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE)
-        return;
-    do {
-        std::string name = entry.cFileName, path = folder + "\\" + name;
-        if (name == "." || name == "..")
-            continue;
-        if (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) {
-            names->push_back(prefix + name + " (link)");
-        } else if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
-            names->push_back(prefix + name + "\\");
-            list_tree(path, prefix + name + "\\", names);
-        } else {
-            names->push_back(prefix + name + (read_file(path) == "kept" ? ": kept" : ""));
-        }
-    } while (FindNextFileA(search, &entry));
-    FindClose(search);
+    CreateDirectoryA(temp_path("mine").c_str(), nullptr);
+    CreateDirectoryA(session.c_str(), nullptr);
+    for (const std::string &path : {temp_path("mine\\0.gls"), session + "\\notes.txt"})
+        if (FILE *file = fopen(path.c_str(), "wb"))
+            fputs("kept", file), fclose(file);
+    unix_command("Z:\\bin\\ln -s ../mine history", session, session + "\\history", true);
 }
 
 static void scenario()
@@ -76,9 +40,8 @@ static void scenario()
     if (!wait_text(control, IDC_STATUS, "Halted"))
         give_up("no halt");
     if (!by_system_menu) {
-        // The session's history folder turned into a link while it ran.
-        check(MoveFileA((session + "\\history").c_str(), (session + "\\history.moved").c_str()), "history not moved");
-        link_to_mine(session);
+        MoveFileA((session + "\\history").c_str(), (session + "\\history.moved").c_str());
+        unix_command("Z:\\bin\\ln -s ../mine history", session, session + "\\history", true);
     }
     driver_done();
     if (by_system_menu)
@@ -90,25 +53,13 @@ static void scenario()
 static int child(const char *how)
 {
     by_system_menu = strcmp(how, "close") == 0;
-    std::string temp = temp_path("");
-    temp.pop_back();
-    session = session_directory(temp, GetCurrentThreadId());
     write_fact("thread", GetCurrentThreadId());
-    if (!by_system_menu) {
-        // An earlier run's folder of the same name, its history a link to the user's folder.
-        CreateDirectoryA(temp_path("mine").c_str(), nullptr);
-        put_file(temp_path("mine\\0.gls"));
-        CreateDirectoryA(session.c_str(), nullptr);
-        CreateDirectoryA((session + "\\list").c_str(), nullptr);
-        put_file(session + "\\list\\calls");
-        put_file(session + "\\notes.txt");
-        link_to_mine(session);
-    }
-    start_driver(scenario);
-    gl_window window = open_gl_window(16, 16);
-    write_fact("context", (unsigned long long)(uint32_t)(uintptr_t)window.context);
+    std::string temp = temp_path("");
+    session = session_directory(temp.substr(0, temp.size() - 1), GetCurrentThreadId());
     if (!by_system_menu)
-        put_file(temp_path("mine\\") + std::to_string((int)(uintptr_t)window.context) + ".gls");
+        earlier_run();
+    start_driver(scenario);
+    open_gl_window(16, 16);
     glClear(GL_COLOR_BUFFER_BIT);
     wait_for_the_end();
 }
@@ -122,20 +73,13 @@ static void check_end(const char *how)
     if (strcmp(how, "quit") != 0) {
         check(fact(run, "thread") != ~0ull && !directory_exists(dir), "%s is still there", dir.c_str());
     } else {
-        std::vector<std::string> names;
-        list_tree(run.temp, "", &names);
-        std::sort(names.begin(), names.end());
-        std::string tree;
-        for (const std::string &name : names)
-            tree += name + "\n";
-        check_text("what Quit left", tree,
-                   substitute(read_file(program_folder() + "expected\\panel_quit_tree.txt"),
-                              {{"<thread>", std::to_string(fact(run, "thread"))},
-                               {"<context>", std::to_string((int)fact(run, "context"))}}));
-        std::string name = "QUONDALE_" + std::to_string(fact(run, "thread"));
-        unix_command("Z:\\bin\\rm -f " + name + "/history " + name + ".1/history", run.temp);
-        for (int tries = 0; tries < 500 && is_link(run.temp + "\\" + name + ".1\\history"); ++tries)
-            Sleep(20);
+        std::string name = dir.substr(run.temp.size() + 1), parent = run.temp.substr(0, run.temp.rfind('\\')), left;
+        for (const std::string &path : {std::string("mine\\0.gls"), name + ".1\\notes.txt", name + ".1\\history"})
+            left += path + ": " +
+                    (directory_exists(run.temp + "\\" + path) ? "a folder" : read_file(run.temp + "\\" + path)) + "\n";
+        check_text("what Quit left", substitute(left, {{name, "QUONDALE_<thread>"}}),
+                   read_file(program_folder() + "expected\\panel_quit_left.txt"));
+        unix_command("Z:\\bin\\rm -r " + run.temp.substr(parent.size() + 1), parent, run.temp, false);
     }
     clean_up(run);
 }
