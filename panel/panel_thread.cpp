@@ -72,10 +72,12 @@ static bool taken_by_a_dialog(const thread_record *record, MSG *message)
 // process waits for that lock forever, and the Wine server kills the process half a second
 // later: the program's exit code is lost. The end of a process takes the loader lock before it
 // kills any other thread, so the work done while this thread holds it is never cut: the taking of
-// messages, where the windows' pixels go to the display. Only briefly tried, though: an
-// application thread that stands halted inside a library's entry point holds the lock for long,
-// and the panel must go on serving it. Nor is it kept while a box waits for the user (a sent
-// command may open one inside the taking): the program's other threads need the lock to go on.
+// messages, where the windows' pixels go to the display and its events are read. So the panel
+// never waits inside the X library (a wait for messages reads the display as it wakes): it looks
+// for messages under the lock and sleeps outside it. The lock is only briefly tried, though: an
+// application thread that stands halted inside a library's entry point holds it for long, and
+// the panel must go on serving it. Nor is it kept while a box waits for the user (a sent command
+// may open one inside the taking): the program's other threads need the lock to go on.
 typedef LONG(NTAPI *lock_loader_function)(ULONG flags, ULONG *disposition, ULONG_PTR *cookie);
 typedef LONG(NTAPI *unlock_loader_function)(ULONG flags, ULONG_PTR cookie);
 
@@ -109,7 +111,10 @@ static BOOL take_message(MSG *message)
         panel_loader_release();
         if (got)
             return message->message != WM_QUIT;
-        MsgWaitForMultipleObjectsEx(0, nullptr, INFINITE, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+        if (loader_cookie_slot != TLS_OUT_OF_INDEXES)
+            Sleep(15);
+        else
+            MsgWaitForMultipleObjectsEx(0, nullptr, INFINITE, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
     }
 }
 
