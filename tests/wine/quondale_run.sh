@@ -36,4 +36,4 @@ cp "$build/interception/"{quondale,opengl32}.dll "$work/placed/"
     (cd "$work" && QUONDALE_WINEPREFIX=$work/prefix "$root/quondale" play none.gls >/dev/null 2>&1)
     echo "play: exit $?, $(ls -d "$work/prefix" 2>/dev/null | wc -l) Wine prefix made"
 } >"$work/transcript"
-diff -u "$root/tests/wine/expected/quondale_run.txt" "$work/transcript" && echo "quondale_run: passed"
+diff -au "$root/tests/wine/expected/quondale_run.txt" "$work/transcript" && echo "quondale_run: passed"
