@@ -137,23 +137,12 @@ INT_PTR CALLBACK control_window_function(HWND dialog, UINT message, WPARAM first
     }
 }
 
-INT_PTR CALLBACK about_window_function(HWND dialog, UINT message, WPARAM first, LPARAM)
+INT_PTR CALLBACK about_window_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
-    switch (message) {
-    case WM_INITDIALOG:
+    // Closing only hides: the box lives as long as the process.
+    static const dialog_skeleton about = {
+        .shown_index = SHOWN_ABOUT, .close_id = IDC_ABOUT_CLOSE, .takes_every_command = true};
+    if (message == WM_INITDIALOG)
         return TRUE;
-    case WM_CLOSE:
-        // Closing only hides: the box lives as long as the process.
-        panel_hide(dialog, SHOWN_ABOUT);
-        return TRUE;
-    case WM_COMMAND:
-        if (LOWORD(first) == IDC_ABOUT_CLOSE)
-            SendMessageA(dialog, WM_CLOSE, 0, 0);
-        return TRUE;
-    case WM_DESTROY:
-        DestroyWindow(dialog);
-        return TRUE;
-    default:
-        return FALSE;
-    }
+    return dialog_default(about, dialog, message, first, second);
 }

@@ -19,37 +19,15 @@ static void fill_enumerants(HWND dialog)
     }
 }
 
+static const dialog_skeleton enumerants = {
+    .layout_id = IDD_ENUMERANTS, .shown_index = SHOWN_ENUMERANTS, .close_id = IDC_ENUM_CLOSE,
+    .list_id = IDC_ENUM_LIST, .search_id = IDC_ENUM_SEARCH, .search_text_id = IDC_ENUM_TEXT};
+
 INT_PTR CALLBACK enumerants_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
-    switch (message) {
-    case WM_INITDIALOG:
+    if (message == WM_INITDIALOG) {
         fill_enumerants(dialog);
         return TRUE;
-    case WM_SIZE:
-        if (first == SIZE_RESTORED) {
-            int width = LOWORD(second), height = HIWORD(second);
-            reach_right(dialog, IDC_ENUM_TEXT, width);
-            centre_at_bottom(dialog, IDC_ENUM_CLOSE, width, height);
-            fill_above(dialog, IDC_ENUM_LIST, width, IDC_ENUM_CLOSE);
-        }
-        return TRUE;
-    case WM_CLOSE:
-        panel_hide(dialog, SHOWN_ENUMERANTS);
-        return TRUE;
-    case WM_DESTROY:
-        DestroyWindow(dialog);
-        return TRUE;
-    case WM_COMMAND:
-        switch (LOWORD(first)) {
-        case IDC_ENUM_SEARCH:
-            search_list(dialog, IDC_ENUM_LIST, IDC_ENUM_TEXT);
-            return TRUE;
-        case IDC_ENUM_CLOSE:
-            SendMessageA(dialog, WM_CLOSE, 0, 0);
-            return TRUE;
-        }
-        return FALSE;
-    default:
-        return FALSE;
     }
+    return dialog_default(enumerants, dialog, message, first, second);
 }

@@ -31,11 +31,9 @@ static INT_PTR CALLBACK history_function(HWND dialog, UINT message, WPARAM first
 static void open_context_window(const context_chooser &chooser, HWND dialog)
 {
     thread_record *record = current_record();
-    HWND list = GetDlgItem(dialog, chooser.list_id);
-    LRESULT selected = SendMessageA(list, LB_GETCURSEL, 0, 0);
-    if (selected < 0)
+    int32_t row = (int32_t)selected_item(dialog, chooser.list_id);
+    if (row < 0)
         return;
-    int32_t row = (int32_t)SendMessageA(list, LB_GETITEMDATA, selected, 0);
     per_gl *gl = open_per_gl(record, record->master->gl_table[row].handle);
     if (!IsWindow(gl->*chooser.window))
         gl->*chooser.window = CreateDialogParamA((HINSTANCE)record->module, MAKEINTRESOURCEA(chooser.template_id),
@@ -47,45 +45,34 @@ static void open_context_window(const context_chooser &chooser, HWND dialog)
 INT_PTR context_chooser_function(const context_chooser &chooser, HWND dialog, UINT message, WPARAM first,
                                  LPARAM second)
 {
-    switch (message) {
-    case WM_SIZE:
-        if (first == SIZE_RESTORED) {
-            centre_at_bottom(dialog, chooser.close_id, LOWORD(second), HIWORD(second));
-            fill_above(dialog, chooser.list_id, LOWORD(second), chooser.close_id);
-        }
+    // A single click is enough: any change of the selection opens the context's window.
+    if (message == WM_COMMAND && LOWORD(first) == chooser.list_id && HIWORD(first) == LBN_SELCHANGE) {
+        open_context_window(chooser, dialog);
         return TRUE;
-    case WM_CLOSE:
-        panel_hide(dialog, chooser.shown_index);
-        return TRUE;
-    case WM_DESTROY:
-        DestroyWindow(dialog);
-        return TRUE;
-    case WM_PANEL_REFRESH:
+    }
+    if (message == WM_PANEL_REFRESH) {
         fill_context_list(GetDlgItem(dialog, chooser.list_id));
         return TRUE;
-    case WM_COMMAND:
-        // A single click is enough: any change of the selection opens the context's window.
-        if (LOWORD(first) == chooser.list_id && HIWORD(first) == LBN_SELCHANGE)
-            open_context_window(chooser, dialog);
-        else if (LOWORD(first) == chooser.close_id)
-            SendMessageA(dialog, WM_CLOSE, 0, 0);
-        return TRUE;
-    default:
-        return FALSE;
     }
+    const dialog_skeleton skeleton = {.layout_id = chooser.layout_id, .shown_index = chooser.shown_index,
+                                      .close_id = chooser.close_id, .takes_every_command = true};
+    return dialog_default(skeleton, dialog, message, first, second);
 }
 
 INT_PTR CALLBACK history_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
     static const context_chooser history = {IDC_HISTORY_SELECT_LIST, IDC_HISTORY_SELECT_CLOSE, SHOWN_HISTORY_SELECT,
-                                            &per_gl::history_window, IDD_HISTORY, history_function};
+                                            &per_gl::history_window, IDD_HISTORY, history_function, IDD_HISTORY_SELECT};
     return context_chooser_function(history, dialog, message, first, second);
 }
 
-static void history_refresh(HWND dialog, int32_t row)
+// The context row stands in the window's user data.
+static void history_refresh(HWND dialog, WPARAM first, LPARAM)
 {
+    SetWindowLongPtrA(dialog, DWLP_USER, (LONG_PTR)first);
     const thread_record *record = current_record();
     char path[NAME_SIZE + 32];
+    int32_t row = (int32_t)first;
     snprintf(path, sizeof path, "%s\\history\\%d.gls", record->temp_dir, record->master->gl_table[row].handle);
     // Read in text mode: the CR CR LF of the file comes back as the CR LF an edit control wants.
     char *text = read_whole_file(path);
@@ -94,51 +81,20 @@ static void history_refresh(HWND dialog, int32_t row)
         block_free(text);
 }
 
+static const dialog_skeleton history = {
+    .layout_id = IDD_HISTORY, .shown_index = SHOWN_NONE, .close_id = IDC_HISTORY_CLOSE, .refresh = history_refresh,
+    .text_id = IDC_HISTORY_TEXT, .search_id = IDC_HISTORY_SEARCH, .search_text_id = IDC_HISTORY_SEARCH_TEXT,
+    .save_id = IDC_HISTORY_SAVE, .save_name = "history.txt"};
+
 static INT_PTR CALLBACK history_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
-    switch (message) {
-    case WM_SIZE:
-        if (first == SIZE_RESTORED) {
-            int width = LOWORD(second), height = HIWORD(second);
-            reach_right(dialog, IDC_HISTORY_SEARCH_TEXT, width);
-            keep_left_at_bottom(dialog, IDC_HISTORY_CLEAR, height);
-            centre_at_bottom(dialog, IDC_HISTORY_SAVE, width, height);
-            end_right_at_bottom(dialog, IDC_HISTORY_CLOSE, width, height);
-            fill_above(dialog, IDC_HISTORY_TEXT, width, IDC_HISTORY_CLEAR);
-        }
+    if (message == WM_COMMAND && LOWORD(first) == IDC_HISTORY_CLEAR) {
+        // The application's thread truncates the current context's file at its next wrapper
+        // and then has the open windows read it again (event 7).
+        post_event(&current_record()->per_proc->ring_to_app, EVENT_CLEAR_HISTORY);
         return TRUE;
-    case WM_CLOSE:
-        // Only hidden: the window keeps its handle and its search text.
-        ShowWindow(dialog, SW_HIDE);
-        return TRUE;
-    case WM_DESTROY:
-        DestroyWindow(dialog);
-        return TRUE;
-    case WM_PANEL_REFRESH:
-        SetWindowLongPtrA(dialog, DWLP_USER, (LONG_PTR)first);
-        history_refresh(dialog, (int32_t)first);
-        return TRUE;
-    case WM_COMMAND:
-        switch (LOWORD(first)) {
-        case IDC_HISTORY_SEARCH:
-            search_text(dialog, IDC_HISTORY_TEXT, IDC_HISTORY_SEARCH_TEXT);
-            return TRUE;
-        case IDC_HISTORY_CLEAR:
-            // The application's thread truncates the current context's file at its next wrapper
-            // and then has the open windows read it again (event 7).
-            post_event(&current_record()->per_proc->ring_to_app, EVENT_CLEAR_HISTORY);
-            return TRUE;
-        case IDC_HISTORY_SAVE:
-            save_edit_text_as(dialog, IDC_HISTORY_TEXT, "history.txt");
-            return TRUE;
-        case IDC_HISTORY_CLOSE:
-            SendMessageA(dialog, WM_CLOSE, 0, 0);
-            return TRUE;
-        }
-        return FALSE;
-    default:
-        return FALSE;
     }
+    return dialog_default(history, dialog, message, first, second);
 }
 
 void history_refresh_all()

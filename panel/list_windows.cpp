@@ -55,8 +55,9 @@ static char *list_text(const thread_record *record, const list_info_row *row)
     return text;
 }
 
-static void list_window_refresh(HWND dialog, const list_info_row *row)
+static void list_window_refresh(HWND dialog, WPARAM, LPARAM second)
 {
+    const list_info_row *row = (const list_info_row *)second;
     char head[PANEL_TEXT_SIZE];
     list_head_line(row, head);
     SetDlgItemTextA(dialog, IDC_LIST_HEAD, head);
@@ -68,10 +69,7 @@ static void list_window_refresh(HWND dialog, const list_info_row *row)
 // Save: the head line, two line feeds and the calls, in text mode.
 static void list_save(HWND dialog)
 {
-    char path[MAX_PATH];
-    if (!ask_save_file(dialog, path, "dl.txt"))
-        return;
-    FILE *file = fopen(path, "w");
+    FILE *file = ask_save_text_file(dialog, "dl.txt");
     if (!file)
         return;
     char head[PANEL_TEXT_SIZE];
@@ -87,50 +85,24 @@ static void list_save(HWND dialog)
     fclose(file);
 }
 
+static const dialog_skeleton list_skeleton = {
+    .layout_id = IDD_LIST, .shown_index = SHOWN_NONE, .close_id = IDC_LIST_CLOSE, .refresh = list_window_refresh,
+    .text_id = IDC_LIST_TEXT, .search_id = IDC_LIST_SEARCH, .search_text_id = IDC_LIST_SEARCH_TEXT};
+
 static INT_PTR CALLBACK list_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
-    switch (message) {
-    case WM_SIZE:
-        if (first == SIZE_RESTORED) {
-            int width = LOWORD(second), height = HIWORD(second);
-            reach_right(dialog, IDC_LIST_HEAD, width);
-            reach_right(dialog, IDC_LIST_SEARCH_TEXT, width);
-            keep_left_at_bottom(dialog, IDC_LIST_SAVE, height);
-            end_right_at_bottom(dialog, IDC_LIST_CLOSE, width, height);
-            fill_above(dialog, IDC_LIST_TEXT, width, IDC_LIST_SAVE);
-        }
+    if (message == WM_COMMAND && LOWORD(first) == IDC_LIST_SAVE) {
+        list_save(dialog);
         return TRUE;
-    case WM_CLOSE:
-        ShowWindow(dialog, SW_HIDE);
-        return TRUE;
-    case WM_DESTROY:
-        DestroyWindow(dialog);
-        return TRUE;
-    case WM_PANEL_REFRESH:
-        list_window_refresh(dialog, (const list_info_row *)second);
-        return TRUE;
-    case WM_COMMAND:
-        switch (LOWORD(first)) {
-        case IDC_LIST_SEARCH:
-            search_text(dialog, IDC_LIST_TEXT, IDC_LIST_SEARCH_TEXT);
-            return TRUE;
-        case IDC_LIST_SAVE:
-            list_save(dialog);
-            return TRUE;
-        case IDC_LIST_CLOSE:
-            SendMessageA(dialog, WM_CLOSE, 0, 0);
-            return TRUE;
-        }
-        return FALSE;
-    default:
-        return FALSE;
     }
+    return dialog_default(list_skeleton, dialog, message, first, second);
 }
 
 // Select Display List of a context: "List N" for every row, deleted ones too, with the row's
 // number as item data; the context row stands in the window's user data.
-static void list_select_refresh(HWND dialog, int32_t context_row)
+static void list_select_refresh(HWND dialog, WPARAM first, LPARAM)
 {
+    int32_t context_row = (int32_t)first;
     const thread_record *record = current_record();
     per_gl *gl = open_per_gl(record, record->master->gl_table[context_row].handle);
     // The block as it is now: another context may have grown it since this one last held it.
@@ -149,11 +121,9 @@ static void list_select_refresh(HWND dialog, int32_t context_row)
 static void open_list_window(HWND dialog)
 {
     thread_record *record = current_record();
-    HWND list = GetDlgItem(dialog, IDC_LIST_SELECT_LIST);
-    LRESULT selected = SendMessageA(list, LB_GETCURSEL, 0, 0);
-    if (selected < 0)
+    int32_t row = (int32_t)selected_item(dialog, IDC_LIST_SELECT_LIST);
+    if (row < 0)
         return;
-    int32_t row = (int32_t)SendMessageA(list, LB_GETITEMDATA, selected, 0);
     int32_t context_row = (int32_t)GetWindowLongPtrA(dialog, GWLP_USERDATA);
     // The context only leads to the rows, which its session's contexts share.
     open_per_gl(record, record->master->gl_table[context_row].handle);
@@ -165,40 +135,25 @@ static void open_list_window(HWND dialog)
     SendMessageA(info->window, WM_PANEL_REFRESH, 0, (LPARAM)info);
 }
 
+// Close hides it under the context list's index: that one leaves the refresh too.
+static const dialog_skeleton list_select = {.layout_id = IDD_LIST_SELECT, .shown_index = SHOWN_LIST_SELECT,
+                                            .close_id = IDC_LIST_SELECT_CLOSE, .takes_every_command = true,
+                                            .refresh = list_select_refresh};
+
 static INT_PTR CALLBACK list_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
-    switch (message) {
-    case WM_SIZE:
-        if (first == SIZE_RESTORED) {
-            centre_at_bottom(dialog, IDC_LIST_SELECT_CLOSE, LOWORD(second), HIWORD(second));
-            fill_above(dialog, IDC_LIST_SELECT_LIST, LOWORD(second), IDC_LIST_SELECT_CLOSE);
-        }
+    if (message == WM_COMMAND && LOWORD(first) == IDC_LIST_SELECT_LIST && HIWORD(first) == LBN_SELCHANGE) {
+        open_list_window(dialog);
         return TRUE;
-    case WM_CLOSE:
-        // The index of the context list: closing this window takes that one out of the refresh.
-        panel_hide(dialog, SHOWN_LIST_SELECT);
-        return TRUE;
-    case WM_DESTROY:
-        DestroyWindow(dialog);
-        return TRUE;
-    case WM_PANEL_REFRESH:
-        list_select_refresh(dialog, (int32_t)first);
-        return TRUE;
-    case WM_COMMAND:
-        if (LOWORD(first) == IDC_LIST_SELECT_LIST && HIWORD(first) == LBN_SELCHANGE)
-            open_list_window(dialog);
-        else if (LOWORD(first) == IDC_LIST_SELECT_CLOSE)
-            SendMessageA(dialog, WM_CLOSE, 0, 0);
-        return TRUE;
-    default:
-        return FALSE;
     }
+    return dialog_default(list_select, dialog, message, first, second);
 }
 
 INT_PTR CALLBACK list_context_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
     static const context_chooser lists = {IDC_LIST_CONTEXT_LIST, IDC_LIST_CONTEXT_CLOSE, SHOWN_LIST_SELECT,
-                                          &per_gl::list_choice_window, IDD_LIST_SELECT, list_select_function};
+                                          &per_gl::list_choice_window, IDD_LIST_SELECT, list_select_function,
+                                          IDD_LIST_CONTEXT};
     return context_chooser_function(lists, dialog, message, first, second);
 }
 

@@ -3,9 +3,12 @@
 // for through the session's table of panel hooks.
 #pragma once
 
+#include "panel/panel_text.h"
 #include "session/records.h"
 
 #include <windows.h>
+
+#include <cstdio>
 
 // The caller's record: the application's thread and the panel thread hold the same one.
 thread_record *current_record();
@@ -18,8 +21,6 @@ void panel_hide(HWND window, int index);
 void panel_loader_release();
 // A system-modal warning box with no owner; the text is formatted into 256 bytes.
 void panel_warning(const char *format, ...) __attribute__((format(printf, 1, 2)));
-// The control's handle and its rectangle in the dialog's client coordinates.
-HWND control_rect(HWND dialog, int id, RECT *rect);
 // Whether a top-level window of the panel is on screen, asked from any thread: the visible
 // style itself, where IsWindowVisible on the application's thread may measure the window
 // against another desktop's root.
@@ -27,14 +28,30 @@ bool on_screen(HWND window);
 // Halt every session, close every session, end the process with exit code 0.
 [[noreturn]] void panel_quit();
 
-// Sizing rules of the windows that can be resized, on WM_SIZE with the new client width W and
-// height H. Each keeps the control's own size, left or top where the rule does not move them.
-void reach_right(HWND dialog, int id, int width);                 // right edge 4 from the right
-void keep_left_at_bottom(HWND dialog, int id, int height);        // bottom 4 above the bottom
-void end_right_at_bottom(HWND dialog, int id, int width, int height); // 8 from the right, 4 above the bottom
-void centre_at_bottom(HWND dialog, int id, int width, int height);
-// Keeps left and top and reaches to 4 from the right and to 4 above the control below.
-void fill_above(HWND dialog, int id, int width, int below_id);
+// What the panel's dialogs share: the layout, Close that only hides, WM_DESTROY, the refresh,
+// and the Search and Save buttons of the plain kind. An id of 0 is a button the dialog lacks.
+struct dialog_skeleton {
+    int layout_id = 0;                // its layout rules (resource.h); 0: WM_SIZE is left to the system
+    int base = 0;                     // added to every id of the rules: the selection dialogs share theirs
+    int shown_index = SHOWN_NONE;     // SHOWN_NONE: a window made on demand, hidden with no flag
+    int close_id = 0;                 // the button that closes as the window's own Close does
+    bool takes_every_command = false; // other commands are answered as handled too
+    void (*refresh)(HWND dialog, WPARAM first, LPARAM second) = nullptr; // null: no refresh
+    // The dialog's list box or text control, which Search searches and Save writes.
+    int list_id = 0, text_id = 0;
+    // A text window's refresh: the text of the records into text_id (WINDOW_TEXT_SIZE bytes).
+    void (*text)(const thread_record *record, char *out) = nullptr;
+    int search_id = 0, search_text_id = 0; // the Search button and the field it reads
+    int save_id = 0;                       // the Save button, which offers save_name
+    const char *save_name = nullptr;
+};
+// The skeleton's answer to a message that the dialog's own function did not take.
+INT_PTR dialog_default(const dialog_skeleton &skeleton, HWND dialog, UINT message, WPARAM first, LPARAM second);
+// The function of a dialog that has nothing of its own: its skeleton is the creation parameter.
+INT_PTR CALLBACK skeleton_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
+
+// The item data of the selected row of a single-selection list; -1 when no row is selected.
+LRESULT selected_item(HWND dialog, int list_id);
 
 // The searches of the windows: in a single-selection list, and in a text control; both write
 // "<text> - not found" into the search control when nothing is found.
@@ -45,14 +62,10 @@ void search_text(HWND dialog, int text_id, int search_id);
 // (260 bytes).
 bool ask_save_file(HWND owner, char *buffer, const char *default_name);
 bool ask_open_file(HWND owner, char *buffer, const char *default_name);
-// The whole text of a control, by "%s" into a file in text mode: a CR LF in the text becomes
-// the three bytes CR CR LF on disk. False if the file can't be opened.
-bool save_edit_text(HWND dialog, int id, const char *path);
-// Each row of a list by "%s\n" in text mode.
-bool save_list_text(HWND dialog, int list_id, const char *path);
-// Asks for a path with the default name and saves the control's text there; nothing when the
-// user cancels or the file can't be opened.
-void save_edit_text_as(HWND dialog, int id, const char *default_name);
+// Asks for a path with the default name and opens it for writing in text mode, where a CR LF
+// of a control's text becomes the three bytes CR CR LF on disk; null when the user cancels or
+// the file can't be opened.
+FILE *ask_save_text_file(HWND owner, const char *default_name);
 
 // The record of a context, by its named block; fatal "Could not open perGL." if there is none.
 per_gl *open_per_gl(const thread_record *record, int32_t context);
@@ -69,12 +82,13 @@ INT_PTR CALLBACK history_select_function(HWND dialog, UINT message, WPARAM first
 INT_PTR CALLBACK break_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK trace_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
 INT_PTR CALLBACK skip_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
-INT_PTR CALLBACK window_info_function(HWND dialog, UINT message, WPARAM first, LPARAM second);
+// Window Information has no function of its own (window_info_window.cpp).
+extern const dialog_skeleton window_info_skeleton;
 // The session's contexts, "GL context N", each with its context row as item data: the lists of
 // the history's and the display lists' Select GL Context.
 void fill_context_list(HWND list);
 // The two Select GL Context windows, one design: the list, its Close button, its shown index,
-// and the window of the picked context below it, made on demand from a template.
+// the window of the picked context below it, made on demand from a template, and its layout.
 struct context_chooser {
     int list_id;
     int close_id;
@@ -82,6 +96,7 @@ struct context_chooser {
     WindowHandle per_gl::*window;
     int template_id;
     DLGPROC window_function;
+    int layout_id; // its own template's
 };
 INT_PTR context_chooser_function(const context_chooser &chooser, HWND dialog, UINT message, WPARAM first,
                                  LPARAM second);

@@ -19,49 +19,35 @@ struct dialog_row {
     int template_id;
     WindowHandle thread_record::*window;
     DLGPROC window_function;
+    const dialog_skeleton *skeleton; // the creation parameter of skeleton_function
 };
 
 // Creation order of the dialogs.
 static const dialog_row dialogs[] = {
-    {IDD_ABOUT, &thread_record::about_window, about_window_function},
-    {IDD_CALL_COUNT, &thread_record::call_count_window, call_count_function},
-    {IDD_PRIM_COUNT, &thread_record::prim_count_window, prim_count_function},
-    {IDD_ENUMERANTS, &thread_record::enum_window, enumerants_function},
-    {IDD_HISTORY_SELECT, &thread_record::history_select_window, history_select_function},
-    {IDD_LIST_CONTEXT, &thread_record::list_select_window, list_context_function},
-    {IDD_CONTROL, &thread_record::control_window, control_window_function},
-    {IDD_BREAK_SELECT, &thread_record::break_select_window, break_select_function},
-    {IDD_TRACE_SELECT, &thread_record::trace_select_window, trace_select_function},
-    {IDD_SKIP_SELECT, &thread_record::skip_select_window, skip_select_function},
-    {IDD_STATE_SELECT, &thread_record::state_select_window, state_select_function},
-    {IDD_WINDOW_INFO, &thread_record::window_info_window, window_info_function},
+    {IDD_ABOUT, &thread_record::about_window, about_window_function, nullptr},
+    {IDD_CALL_COUNT, &thread_record::call_count_window, call_count_function, nullptr},
+    {IDD_PRIM_COUNT, &thread_record::prim_count_window, prim_count_function, nullptr},
+    {IDD_ENUMERANTS, &thread_record::enum_window, enumerants_function, nullptr},
+    {IDD_HISTORY_SELECT, &thread_record::history_select_window, history_select_function, nullptr},
+    {IDD_LIST_CONTEXT, &thread_record::list_select_window, list_context_function, nullptr},
+    {IDD_CONTROL, &thread_record::control_window, control_window_function, nullptr},
+    {IDD_BREAK_SELECT, &thread_record::break_select_window, break_select_function, nullptr},
+    {IDD_TRACE_SELECT, &thread_record::trace_select_window, trace_select_function, nullptr},
+    {IDD_SKIP_SELECT, &thread_record::skip_select_window, skip_select_function, nullptr},
+    {IDD_STATE_SELECT, &thread_record::state_select_window, state_select_function, nullptr},
+    {IDD_WINDOW_INFO, &thread_record::window_info_window, skeleton_function, &window_info_skeleton},
 };
 
-// After the control window, the dialogs that get keyboard navigation, in the order in which
-// they are offered a message: About, Call Count, Primitive Count, Enumerants, the two Select GL
-// Context windows, Select GL Break, Trace and Skip, Select State, Window Information. Windows
-// made on demand are not in the chain.
-static WindowHandle thread_record::*const dialog_chain[] = {
-    &thread_record::about_window,
-    &thread_record::call_count_window,
-    &thread_record::prim_count_window,
-    &thread_record::enum_window,
-    &thread_record::history_select_window,
-    &thread_record::list_select_window,
-    &thread_record::break_select_window,
-    &thread_record::trace_select_window,
-    &thread_record::skip_select_window,
-    &thread_record::state_select_window,
-    &thread_record::window_info_window,
-};
-
+// Keyboard navigation: the control window is offered a message first, then the other dialogs
+// in their creation order. Windows made on demand are not asked.
 static bool taken_by_a_dialog(const thread_record *record, MSG *message)
 {
     if (record->control_window && IsDialogMessageA(record->control_window, message))
         return true;
-    for (WindowHandle thread_record::*window : dialog_chain) {
+    for (const dialog_row &row : dialogs) {
+        WindowHandle window = record->*row.window;
         // Windows of later work are still null; they are left out rather than asked.
-        if (record->*window && IsDialogMessageA(record->*window, message))
+        if (row.window != &thread_record::control_window && window && IsDialogMessageA(window, message))
             return true;
     }
     return false;
@@ -132,7 +118,7 @@ static unsigned __stdcall panel_thread(void *argument)
     // A failed creation is not checked: the window stays null.
     for (const dialog_row &row : dialogs)
         record->*row.window = CreateDialogParamA((HINSTANCE)record->module, MAKEINTRESOURCEA(row.template_id),
-                                                 nullptr, row.window_function, 0);
+                                                 nullptr, row.window_function, (LPARAM)row.skeleton);
     load_start_settings(record);
     panel_show(record->control_window, SHOWN_CONTROL);
     // Only now does the application's first call go on, with the settings in force.

@@ -1,6 +1,19 @@
 // Ids of the panel's dialogs, menus and controls: shared by the .rc file and the code.
 #pragma once
 
+// How a control follows the client area of a resizable dialog. The rules of a dialog are its
+// RCDATA of the dialog's own id: three numbers a control (its id, its rule, and the control a
+// FILL_ABOVE reaches down to), ending in a 0, run in order. Each control keeps its own size,
+// left or top where its rule does not move them.
+#define LAYOUT_STRETCH_OVER 1        // right edge at the right edge: the etched line under a menu
+#define LAYOUT_STRETCH_RIGHT 2       // right edge 4 from the right
+#define LAYOUT_FILL_ABOVE 3          // right edge 4 from the right, bottom 4 above the control named
+#define LAYOUT_BOTTOM_LEFT 4         // bottom 4 above the bottom
+#define LAYOUT_BOTTOM_CENTRE 5       // centred, bottom 4 above the bottom
+#define LAYOUT_BOTTOM_END 6          // right edge 8 from the right, bottom 4 above the bottom
+#define LAYOUT_BOTTOM_FIRST_THIRD 7  // the two middle buttons of a row of four alike: a third and
+#define LAYOUT_BOTTOM_SECOND_THIRD 8 // two thirds across the room beside the outer two
+
 #define IDD_CONTROL 101
 #define IDM_CONTROL 101
 #define IDD_ABOUT 201

@@ -118,23 +118,6 @@ static void select_search(HWND dialog, const select_kind &kind)
     SetDlgItemTextA(dialog, kind.base + SELECT_SEARCH_TEXT, text);
 }
 
-static void select_layout(HWND dialog, const select_kind &kind, int width, int height)
-{
-    reach_right(dialog, kind.base + SELECT_LINE, width + 4);
-    reach_right(dialog, kind.base + SELECT_SEARCH_TEXT, width);
-    keep_left_at_bottom(dialog, kind.base + SELECT_ALL, height);
-    RECT r;
-    control_rect(dialog, kind.base + SELECT_ALL, &r);
-    int b = r.right - r.left, h = r.bottom - r.top;
-    int a = width - (b / 2 * 2 + 16);
-    const int centres[2] = {b / 2 + a / 3 + 8, b / 2 + 2 * a / 3 + 8};
-    const int ids[2] = {kind.base + SELECT_NONE, kind.base + SELECT_OK};
-    for (int i = 0; i < 2; ++i)
-        MoveWindow(GetDlgItem(dialog, ids[i]), centres[i] - b / 2, height - 4 - h, b, h, TRUE);
-    end_right_at_bottom(dialog, kind.base + SELECT_CANCEL, width, height);
-    fill_above(dialog, kind.base + SELECT_LIST, width, kind.base + SELECT_ALL);
-}
-
 // Options of the trace dialog: the check mark and the field go together, whatever the field held
 // before; the first two items start checked while their fields start at 0.
 static void toggle_option(HWND dialog, int item, int32_t per_proc::*field)
@@ -166,54 +149,51 @@ static bool option_command(HWND dialog, int id)
     }
 }
 
+// A command of the dialog's own; false for Cancel and the ids it does not know.
+static bool select_command(HWND dialog, const select_kind &kind, int id)
+{
+    if (id >= IDM_REMEMBER_SET_1 && id <= IDM_REMEMBER_SET_3) {
+        set_remember(dialog, kind, id - IDM_REMEMBER_SET_1);
+        return true;
+    }
+    if (id >= IDM_RECALL_SET_1 && id <= IDM_RECALL_SET_3) {
+        set_recall(dialog, kind, id - IDM_RECALL_SET_1);
+        return true;
+    }
+    if (kind.base == 1300 && option_command(dialog, id))
+        return true;
+    HWND list = list_of(dialog, kind);
+    switch (id - kind.base) {
+    case SELECT_SEARCH: select_search(dialog, kind); return true;
+    case SELECT_ALL: SendMessageA(list, LB_SETSEL, TRUE, -1); return true;
+    case SELECT_NONE: SendMessageA(list, LB_SETSEL, FALSE, -1); return true;
+    case SELECT_OK:
+        // The trace set reaches the codec only at its next set-up.
+        select_apply(dialog, kind);
+        SendMessageA(dialog, WM_CLOSE, 0, 0);
+        return true;
+    }
+    return false;
+}
+
 static INT_PTR select_function(const select_kind &kind, HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
+    // The three share the Break dialog's layout rules, by offset from their base.
+    const dialog_skeleton skeleton = {
+        .layout_id = IDD_BREAK_SELECT, .base = kind.base, .shown_index = kind.shown_index, .close_id = SELECT_CANCEL};
     switch (message) {
-    case WM_SIZE:
-        if (first == SIZE_RESTORED)
-            select_layout(dialog, kind, LOWORD(second), HIWORD(second));
-        return TRUE;
     case WM_INITDIALOG:
         select_fill(dialog, kind);
-        return TRUE;
-    case WM_CLOSE:
-        panel_hide(dialog, kind.shown_index);
-        return TRUE;
-    case WM_DESTROY:
-        DestroyWindow(dialog);
         return TRUE;
     case WM_PANEL_REFRESH:
         select_show_table(dialog, kind);
         return TRUE;
-    case WM_COMMAND: {
-        int id = LOWORD(first);
-        if (id >= IDM_REMEMBER_SET_1 && id <= IDM_REMEMBER_SET_3) {
-            set_remember(dialog, kind, id - IDM_REMEMBER_SET_1);
+    case WM_COMMAND:
+        if (select_command(dialog, kind, LOWORD(first)))
             return TRUE;
-        }
-        if (id >= IDM_RECALL_SET_1 && id <= IDM_RECALL_SET_3) {
-            set_recall(dialog, kind, id - IDM_RECALL_SET_1);
-            return TRUE;
-        }
-        if (kind.base == 1300 && option_command(dialog, id))
-            return TRUE;
-        HWND list = list_of(dialog, kind);
-        switch (id - kind.base) {
-        case SELECT_SEARCH: select_search(dialog, kind); return TRUE;
-        case SELECT_ALL: SendMessageA(list, LB_SETSEL, TRUE, -1); return TRUE;
-        case SELECT_NONE: SendMessageA(list, LB_SETSEL, FALSE, -1); return TRUE;
-        case SELECT_OK:
-            // The trace set reaches the codec only at its next set-up.
-            select_apply(dialog, kind);
-            SendMessageA(dialog, WM_CLOSE, 0, 0);
-            return TRUE;
-        case SELECT_CANCEL: SendMessageA(dialog, WM_CLOSE, 0, 0); return TRUE;
-        }
-        return FALSE;
+        break;
     }
-    default:
-        return FALSE;
-    }
+    return dialog_default(skeleton, dialog, message, first, second);
 }
 
 INT_PTR CALLBACK break_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)

@@ -31,7 +31,7 @@ static bool differs(const float *a, const float *b, int32_t count)
     return memcmp(a, b, sizeof(float) * (size_t)count) != 0;
 }
 
-static void state_select_refresh(HWND dialog)
+static void state_select_refresh(HWND dialog, WPARAM, LPARAM)
 {
     const thread_record *record = current_record();
     HWND list = GetDlgItem(dialog, IDC_STATE_LIST);
@@ -54,11 +54,14 @@ static void state_select_refresh(HWND dialog)
     }
 }
 
-static void state_value_refresh(HWND dialog, int row)
+// A State window: its row's three values; it takes no other command than Close.
+static void state_value_refresh(HWND dialog, WPARAM first, LPARAM)
 {
+    if (first >= STATE_ROW_COUNT)
+        return;
     const thread_record *record = current_record();
-    const state_row *catalogue = &record->master->state_rows[row];
-    const state_values *values = &record->per_gl->state[row];
+    const state_row *catalogue = &record->master->state_rows[first];
+    const state_values *values = &record->per_gl->state[first];
     const enumerant_row *names = record->master->enumerants;
     char text[STATE_TEXT_SIZE];
     SetDlgItemTextA(dialog, IDC_STATE_NAME, catalogue->name);
@@ -72,45 +75,20 @@ static void state_value_refresh(HWND dialog, int row)
     SetDlgItemTextA(dialog, IDC_STATE_DEFAULT, text);
 }
 
-static INT_PTR CALLBACK state_value_function(HWND dialog, UINT message, WPARAM first, LPARAM)
-{
-    switch (message) {
-    case WM_PANEL_REFRESH:
-        if (first < STATE_ROW_COUNT)
-            state_value_refresh(dialog, (int)first);
-        return TRUE;
-    case WM_CLOSE:
-        ShowWindow(dialog, SW_HIDE);
-        return TRUE;
-    case WM_DESTROY:
-        DestroyWindow(dialog);
-        return TRUE;
-    case WM_COMMAND:
-        if (LOWORD(first) == IDC_STATE_VALUE_CLOSE) {
-            SendMessageA(dialog, WM_CLOSE, 0, 0);
-            return TRUE;
-        }
-        return FALSE;
-    default:
-        return FALSE;
-    }
-}
+static const dialog_skeleton state_value = {
+    .shown_index = SHOWN_NONE, .close_id = IDC_STATE_VALUE_CLOSE, .refresh = state_value_refresh};
 
 // The picked row's State window, made on its first pick.
 static void open_state_value(HWND dialog)
 {
     thread_record *record = current_record();
-    HWND list = GetDlgItem(dialog, IDC_STATE_LIST);
-    LRESULT selected = SendMessageA(list, LB_GETCURSEL, 0, 0);
-    if (selected < 0)
-        return;
-    LRESULT row = SendMessageA(list, LB_GETITEMDATA, selected, 0);
+    LRESULT row = selected_item(dialog, IDC_STATE_LIST);
     if (row < 0 || row >= STATE_ROW_COUNT)
         return;
     HWND window = (HWND)record->state_value_window[row];
     if (!IsWindow(window)) {
         window = CreateDialogParamA((HINSTANCE)record->module, MAKEINTRESOURCEA(IDD_STATE_VALUE), nullptr,
-                                    state_value_function, 0);
+                                    skeleton_function, (LPARAM)&state_value);
         record->state_value_window[row] = (WindowHandle)window;
     }
     ShowWindow(window, SW_SHOW);
@@ -128,10 +106,7 @@ static void take_snapshot()
 
 static void state_save(HWND dialog)
 {
-    char path[MAX_PATH];
-    if (!ask_save_file(dialog, path, "state.txt"))
-        return;
-    FILE *file = fopen(path, "w");
+    FILE *file = ask_save_text_file(dialog, "state.txt");
     if (!file)
         return;
     const thread_record *record = current_record();
@@ -155,42 +130,21 @@ static void toggle_filter(HWND dialog, int id)
     HMENU menu = GetMenu(dialog);
     bool checked = GetMenuState(menu, id, MF_BYCOMMAND) & MF_CHECKED;
     CheckMenuItem(menu, id, MF_BYCOMMAND | (checked ? MF_UNCHECKED : MF_CHECKED));
-    state_select_refresh(dialog);
+    state_select_refresh(dialog, 0, 0);
 }
+
+static const dialog_skeleton state_select = {
+    .layout_id = IDD_STATE_SELECT, .shown_index = SHOWN_STATE_SELECT, .close_id = IDC_STATE_CLOSE,
+    .refresh = state_select_refresh, .list_id = IDC_STATE_LIST, .search_id = IDC_STATE_SEARCH,
+    .search_text_id = IDC_STATE_SEARCH_TEXT};
 
 INT_PTR CALLBACK state_select_function(HWND dialog, UINT message, WPARAM first, LPARAM second)
 {
-    switch (message) {
-    case WM_SIZE:
-        if (first == SIZE_RESTORED) {
-            int width = LOWORD(second), height = HIWORD(second);
-            RECT line;
-            HWND control = control_rect(dialog, IDC_STATE_LINE, &line);
-            MoveWindow(control, line.left, line.top, width, line.bottom - line.top, TRUE);
-            reach_right(dialog, IDC_STATE_SEARCH_TEXT, width);
-            keep_left_at_bottom(dialog, IDC_STATE_SNAPSHOT, height);
-            centre_at_bottom(dialog, IDC_STATE_SAVE, width, height);
-            end_right_at_bottom(dialog, IDC_STATE_CLOSE, width, height);
-            fill_above(dialog, IDC_STATE_LIST, width, IDC_STATE_SNAPSHOT);
-        }
-        return TRUE;
-    case WM_CLOSE:
-        panel_hide(dialog, SHOWN_STATE_SELECT);
-        return TRUE;
-    case WM_DESTROY:
-        DestroyWindow(dialog);
-        return TRUE;
-    case WM_PANEL_REFRESH:
-        state_select_refresh(dialog);
-        return TRUE;
-    case WM_COMMAND:
+    if (message == WM_COMMAND) {
         switch (LOWORD(first)) {
         case IDM_NON_DEFAULT_STATE:
         case IDM_DIFF_FROM_SNAPSHOT:
             toggle_filter(dialog, LOWORD(first));
-            return TRUE;
-        case IDC_STATE_SEARCH:
-            search_list(dialog, IDC_STATE_LIST, IDC_STATE_SEARCH_TEXT);
             return TRUE;
         case IDC_STATE_LIST:
             if (HIWORD(first) == LBN_SELCHANGE)
@@ -202,14 +156,9 @@ INT_PTR CALLBACK state_select_function(HWND dialog, UINT message, WPARAM first, 
         case IDC_STATE_SAVE:
             state_save(dialog);
             return TRUE;
-        case IDC_STATE_CLOSE:
-            SendMessageA(dialog, WM_CLOSE, 0, 0);
-            return TRUE;
         }
-        return FALSE;
-    default:
-        return FALSE;
     }
+    return dialog_default(state_select, dialog, message, first, second);
 }
 
 void state_refresh_all()

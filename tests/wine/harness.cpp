@@ -664,6 +664,58 @@ void select_row(HWND dialog, int list_id, int row)
     SendMessageA(dialog, WM_COMMAND, MAKEWPARAM(list_id, LBN_SELCHANGE), (LPARAM)list);
 }
 
+// The controls of a dialog, in z order, with their rectangles in its client area.
+static std::vector<std::pair<int, RECT>> control_rects(HWND dialog)
+{
+    std::vector<std::pair<int, RECT>> rects;
+    for (HWND control = GetWindow(dialog, GW_CHILD); control; control = GetWindow(control, GW_HWNDNEXT)) {
+        RECT rect;
+        GetWindowRect(control, &rect);
+        MapWindowPoints(nullptr, dialog, (POINT *)&rect, 2);
+        rects.push_back({GetDlgCtrlID(control), rect});
+    }
+    return rects;
+}
+
+void check_layout(HWND dialog, const char *name)
+{
+    std::vector<std::pair<int, RECT>> was = control_rects(dialog);
+    RECT frame, client;
+    GetWindowRect(dialog, &frame);
+    SetWindowPos(dialog, nullptr, 0, 0, frame.right - frame.left + 37, frame.bottom - frame.top + 29,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    GetClientRect(dialog, &client);
+    screenshot(dialog, (std::string("grown ") + name).c_str());
+    std::vector<std::pair<int, RECT>> now = control_rects(dialog);
+    int width = client.right, height = client.bottom;
+    std::string text = std::string(name) + "\n";
+    for (size_t i = 0; i < now.size() && i < was.size(); ++i) {
+        const RECT &a = was[i].second, &b = now[i].second;
+        int w = b.right - b.left, free = width - (w / 2 * 2 + 16);
+        bool same_width = w == a.right - a.left, same_height = b.bottom - b.top == a.bottom - a.top;
+        const char *across = b.left == a.left && b.right == width       ? "over"
+                             : b.left == a.left && b.right == width - 4 ? "reach"
+                             : !same_width                              ? "moved"
+                             : b.right == width - 8                     ? "end"
+                             : b.left == (width - w) / 2                ? "centre"
+                             : b.left == a.left                         ? "left"
+                             : b.left == free / 3 + 8                   ? "first third"
+                             : b.left == 2 * free / 3 + 8               ? "second third"
+                                                                        : "moved";
+        std::string down = !same_height ? "moved" : b.top == a.top ? "top" : b.bottom == height - 4 ? "bottom" : "moved";
+        // A list box keeps whole rows: it may stop short by less than a row.
+        int row = std::max(1, (int)SendDlgItemMessageA(dialog, now[i].first, LB_GETITEMHEIGHT, 0, 0));
+        for (size_t j = 0; j < now.size() && down == "moved" && b.top == a.top; ++j)
+            if (now[j].second.top - 4 - b.bottom >= 0 && now[j].second.top - 4 - b.bottom < row)
+                down = "above " + std::to_string(now[j].first);
+        text += std::to_string(now[i].first) + " " + across + " " + down + "\n";
+    }
+    std::string expected = "\n" + read_file(program_folder() + "expected\\layouts.txt");
+    size_t at = expected.find("\n" + std::string(name) + "\n");
+    size_t end = at == std::string::npos ? at : expected.find("\n\n", at + 1);
+    check_text(name, text, at == std::string::npos ? "" : expected.substr(at + 1, end - at));
+}
+
 bool wait_text(HWND dialog, int id, const std::string &text, DWORD timeout_ms)
 {
     DWORD start = GetTickCount();

@@ -175,6 +175,14 @@ void post_command(HWND dialog, int id);
 std::string save_as(const std::string &path);
 // Selects row of a list box as a click does, with its selection-change notice.
 void select_row(HWND dialog, int list_id, int row);
+// Grows a dialog by 37 by 29 pixels, as a person dragging its corner, and compares where its
+// controls went with the paragraph of expected/layouts.txt that name heads: a line a control in
+// z order, its id, how it stands across ("over" from its left to the right edge, "reach" to 4
+// from the right, "end" 8 from the right at its width, "centre", "left" where it was, "first
+// third" or "second third" of the room beside two buttons) and down ("top" where it was,
+// "bottom" 4 above the bottom at its height, "above N" from its top to 4 above control N, a
+// list box to within a row of it), or "moved" where none fits.
+void check_layout(HWND dialog, const char *name);
 // Waits until a control shows text exactly.
 bool wait_text(HWND dialog, int id, const std::string &text, DWORD timeout_ms = PANEL_WAIT_MS);
 // Waits for "Halted" with call as the next call; without it the driver gives up.

@@ -45,15 +45,18 @@ static void scenario()
             post_command(window, IDC_LIST_SAVE);
             check_text("dl.txt", save_as(temp_path("dl.txt")),
                        text_mode(std::string(expected[0].head) + "\n\n" + expected[0].calls));
+            check_layout(window, "Display List");
         }
         click(window, IDC_LIST_CLOSE);
     }
+    check_layout(lists, "Select Display List");
     click(lists, IDC_LIST_SELECT_CLOSE);
     select_row(contexts, IDC_LIST_CONTEXT_LIST, 1);
     names.clear();
     for (const std::string &name : list_rows(need_dialog("Select Display List"), IDC_LIST_SELECT_LIST))
         names += name + "\n";
     check_text("the second context's list, in the row the first context took", names, "List 1\n");
+    check_layout(contexts, "Select GL Context of the lists");
     driver_done();
     click(control, IDC_CONTINUE);
 }

@@ -44,6 +44,7 @@ static void check_primitive_count(HWND control)
                "   Quad = 0\r\n"
                "   Quad Strip = 0\r\n"
                "Total Polygons = 0");
+    check_layout(window, "Primitive Count");
     click(window, IDC_PRIM_COUNT_CLOSE);
 }
 
@@ -96,6 +97,7 @@ static void check_call_count(HWND control)
     click(window, IDC_CALL_COUNT_CLEAR);
     menu(window, IDM_NON_ZERO_CALLS);
     check_text("the rows after Clear", rows_text(window), "");
+    check_layout(window, "Call Count");
     click(window, IDC_CALL_COUNT_CLOSE);
 }
 

@@ -28,6 +28,7 @@ static void scenario()
     check_text("the row of GL_2D", search(window, "GL_2D "), "GL_2D - 0x0600, 1536");
     SendDlgItemMessageA(window, IDC_ENUM_LIST, LB_SETCURSEL, (WPARAM)-1, 0);
     check_text("a search that finds nothing", search(window, "gl_depth_test"), "gl_depth_test - not found");
+    check_layout(window, "Enumerates");
     click(window, IDC_ENUM_CLOSE);
     check(!IsWindowVisible(window), "Close left the Enumerates window shown");
     driver_done();

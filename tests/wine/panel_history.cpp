@@ -62,6 +62,7 @@ static void scenario()
     click(history, IDC_HISTORY_CLEAR);
     check(wait_text(history, IDC_HISTORY_TEXT, "glsBeginGLS(1, 0);\r\n", 5000), "after Clear the history shows:\n%s",
           control_text(history, IDC_HISTORY_TEXT).c_str());
+    check_layout(history, "Call History");
     click(history, IDC_HISTORY_CLOSE);
 
     HWND second = open_history_of(control, 1);
@@ -70,6 +71,7 @@ static void scenario()
                "glClearColor(0, 1, 0, 1);\r\n"
                "glsString(\"Info\", \"wglMakeCurrent\");\r\n"
                "glsEndGLS();\r\n");
+    check_layout(need_dialog("Select GL Context"), "Select GL Context of the history");
     driver_done();
     click(control, IDC_CONTINUE);
 }

@@ -64,6 +64,7 @@ static void scenario()
         click(breaks, IDD_BREAK_SELECT - 1 + SELECT_NONE);
         menu(breaks, IDM_RECALL_SET_1);
         check_text("set 1 recalled", selected_names(breaks, IDD_BREAK_SELECT - 1), "glLineWidth\n");
+        check_layout(breaks, "Select GL Break");
         click(breaks, IDD_BREAK_SELECT - 1 + SELECT_CANCEL);
     }
     driver_done();

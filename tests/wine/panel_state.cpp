@@ -73,6 +73,7 @@ static void scenario()
     post_command(select, IDC_STATE_SAVE);
     check_text("state.txt", save_as(temp_path("state.txt")),
                text_mode("glGet(GL_CULL_FACE)\nCurrent Value: GL_FALSE \r\nDefault Value: GL_FALSE \r\n\n"));
+    check_layout(select, "Select State");
     click(control, IDC_BREAK_ON_CALLS);
     driver_done();
     click(control, IDC_CONTINUE);

@@ -79,6 +79,7 @@ static void scenario()
     click(control, IDC_CONTINUE);
     expect_halt_at(control, "glFlush();"); // with no context current
     check_text("the Window Information without a context", control_text(window, IDC_WINDOW_INFO_TEXT), "");
+    check_layout(window, "Window Information");
     click(control, IDC_BREAK_ON_CALLS);
     driver_done();
     click(control, IDC_CONTINUE);
