@@ -16,6 +16,9 @@ thread_record *current_record();
 // ShowWindow, and the window's shown flag.
 void panel_show(HWND window, int index);
 void panel_hide(HWND window, int index);
+// Gives back the loader lock that the panel thread holds while it takes a message, before a box
+// waits for the user; nothing on any other thread or when not held.
+void panel_loader_release();
 // A system-modal warning box with no owner; the text is formatted into 256 bytes.
 void panel_warning(const char *format, ...) __attribute__((format(printf, 1, 2)));
 // Whether a top-level window of the panel is on screen, asked from any thread: the visible

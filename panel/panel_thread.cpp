@@ -53,6 +53,57 @@ static bool taken_by_a_dialog(const thread_record *record, MSG *message)
     return false;
 }
 
+// The process's end kills this thread wherever it stands. Under Wine, killed inside the X
+// library it leaves the display's lock taken; the GL library's handler at the very end of the
+// process waits for that lock forever, and the Wine server kills the process half a second
+// later: the program's exit code is lost. The end of a process takes the loader lock before it
+// kills any other thread, so the work done while this thread holds it is never cut: the taking of
+// messages, where the windows' pixels go to the display and its events are read. So the panel
+// never waits inside the X library (a wait for messages reads the display as it wakes): it looks
+// for messages under the lock and sleeps outside it. The lock is only briefly tried, though: an
+// application thread that stands halted inside a library's entry point holds it for long, and
+// the panel must go on serving it. Nor is it kept while a box waits for the user (a sent command
+// may open one inside the taking): the program's other threads need the lock to go on.
+typedef LONG(NTAPI *lock_loader_function)(ULONG flags, ULONG *disposition, ULONG_PTR *cookie);
+typedef LONG(NTAPI *unlock_loader_function)(ULONG flags, ULONG_PTR cookie);
+
+static lock_loader_function lock_loader;
+static unlock_loader_function unlock_loader;
+// The panel thread's cookie for the loader lock while it holds it, else null.
+static DWORD loader_cookie_slot = TLS_OUT_OF_INDEXES;
+
+void panel_loader_release()
+{
+    ULONG_PTR cookie = loader_cookie_slot == TLS_OUT_OF_INDEXES ? 0 : (ULONG_PTR)TlsGetValue(loader_cookie_slot);
+    if (cookie) {
+        TlsSetValue(loader_cookie_slot, nullptr);
+        unlock_loader(0, cookie);
+    }
+}
+
+static BOOL take_message(MSG *message)
+{
+    for (;;) {
+        ULONG_PTR cookie = 0;
+        ULONG disposition = 0;
+        for (int tries = 0; loader_cookie_slot != TLS_OUT_OF_INDEXES && tries < 100 && disposition != 1; ++tries) {
+            // Flag 2: try only; disposition 1 when taken.
+            if (lock_loader(2, &disposition, &cookie) != 0 || disposition != 1)
+                Sleep(1);
+        }
+        if (disposition == 1)
+            TlsSetValue(loader_cookie_slot, (void *)cookie);
+        BOOL got = PeekMessageA(message, nullptr, 0, 0, PM_REMOVE);
+        panel_loader_release();
+        if (got)
+            return message->message != WM_QUIT;
+        if (loader_cookie_slot != TLS_OUT_OF_INDEXES)
+            Sleep(15);
+        else
+            MsgWaitForMultipleObjectsEx(0, nullptr, INFINITE, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    }
+}
+
 static unsigned __stdcall panel_thread(void *argument)
 {
     thread_record *record = (thread_record *)argument;
@@ -74,7 +125,7 @@ static unsigned __stdcall panel_thread(void *argument)
     record->panel_ready = 1;
 
     MSG message;
-    while (GetMessageA(&message, nullptr, 0, 0) == 1) {
+    while (take_message(&message)) {
         if (taken_by_a_dialog(record, &message))
             continue;
         TranslateMessage(&message);
@@ -96,6 +147,11 @@ static void start_panel_thread(thread_record *record)
 
 void panel_register()
 {
+    HMODULE ntdll = GetModuleHandleA("ntdll.dll");
+    lock_loader = (lock_loader_function)(void *)GetProcAddress(ntdll, "LdrLockLoaderLock");
+    unlock_loader = (unlock_loader_function)(void *)GetProcAddress(ntdll, "LdrUnlockLoaderLock");
+    if (lock_loader && unlock_loader)
+        loader_cookie_slot = TlsAlloc();
     panel.start = start_panel_thread;
     panel.show_status = show_status;
     panel.show_last_call = show_last_call;

@@ -41,6 +41,7 @@ void panel_warning(const char *format, ...)
     va_start(args, format);
     vsnprintf(text, sizeof text, format, args);
     va_end(args);
+    panel_loader_release();
     MessageBoxA(nullptr, text, "Warning", MB_ICONEXCLAMATION | MB_SYSTEMMODAL);
 }
 
@@ -124,6 +125,7 @@ static bool ask_file(HWND owner, char *buffer, const char *default_name, BOOL(WI
     dialog.lpstrFile = buffer;
     dialog.nMaxFile = MAX_PATH;
     dialog.Flags = OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST;
+    panel_loader_release();
     return ask(&dialog) != 0;
 }
 

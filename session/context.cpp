@@ -20,6 +20,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <cstring>
 
 unsigned long session_tls = TLS_OUT_OF_INDEXES;
 
@@ -104,15 +105,61 @@ void session_process_detach(bool process_ends)
         named_blocks_free();
 }
 
-// A directory that exists already is left as it is; one that can't be made is not reported
-// here: the first file opened in it fails instead.
+// A folder of that name from an earlier run (thread ids come back from run to run) is moved
+// aside to the first free "<name>.<n>", so that a session never writes into another run's files
+// and its end removes only what it made. Where the old one can't be moved, the session makes its
+// own folder under that free name. A folder that can't be made at all is not reported here: the
+// first file opened in it fails instead.
+static void make_session_folder(char *temp_dir)
+{
+    char aside[NAME_SIZE];
+    for (int tries = 0; tries < 4; ++tries) {
+        if (CreateDirectoryA(temp_dir, nullptr) || GetLastError() != ERROR_ALREADY_EXISTS)
+            return;
+        bool moved = false;
+        for (int suffix = 1; suffix < 10000 && !moved; ++suffix) {
+            if (snprintf(aside, sizeof aside, "%s.%d", temp_dir, suffix) >= (int)sizeof aside)
+                break;
+            if (GetFileAttributesA(aside) != INVALID_FILE_ATTRIBUTES)
+                continue;
+            moved = MoveFileA(temp_dir, aside) != 0;
+            if (!moved && CreateDirectoryA(aside, nullptr)) {
+                snprintf(temp_dir, NAME_SIZE, "%s", aside);
+                return;
+            }
+        }
+        if (!moved)
+            break;
+    }
+    // Writing on in the other run's folder would mix the two and let Quit delete its files.
+    fatal_report("context", __LINE__, "Could not create %s.", temp_dir);
+    session_exit(1);
+}
+
+// The earlier session of a thread of this process with the same id, whose folder this one goes
+// on using.
+static const thread_record *earlier_session(const thread_record *record)
+{
+    for (int32_t index = 0; index < named_blocks.count; ++index) {
+        const named_block *row = &named_blocks.rows[index];
+        const thread_record *other = (const thread_record *)row->block;
+        if (row->kind == BLOCK_THREAD_RECORD && other != record && other->id == record->id && other->temp_dir[0])
+            return other;
+    }
+    return nullptr;
+}
+
 static void make_temp_dirs(thread_record *record)
 {
+    if (const thread_record *earlier = earlier_session(record)) {
+        memcpy(record->temp_dir, earlier->temp_dir, sizeof record->temp_dir);
+        return;
+    }
     char temp[NAME_SIZE];
     DWORD length = GetEnvironmentVariableA("TEMP", temp, sizeof temp);
     format_temp_dir(length != 0 && length < sizeof temp ? temp : nullptr, record->id, record->temp_dir);
+    make_session_folder(record->temp_dir);
     char folder[NAME_SIZE + 16];
-    CreateDirectoryA(record->temp_dir, nullptr);
     snprintf(folder, sizeof folder, "%s\\history", record->temp_dir);
     CreateDirectoryA(folder, nullptr);
     snprintf(folder, sizeof folder, "%s\\list", record->temp_dir);
@@ -292,24 +339,40 @@ void attach_gl(thread_record *record, uint32_t context)
     post_context_changed(&record->per_proc->ring_from_app, EVENT_CONTEXT_CHANGED, context);
 }
 
-// Empties a folder of its files and removes it.
-static void remove_folder(const char *folder)
+// A folder that is itself, not a link to another: only there are the session's own files.
+static bool own_folder(const char *path)
 {
-    char pattern[NAME_SIZE + 16];
-    snprintf(pattern, sizeof pattern, "%s\\*.*", folder);
-    WIN32_FIND_DATAA entry;
-    HANDLE search = FindFirstFileA(pattern, &entry);
-    if (search != INVALID_HANDLE_VALUE) {
-        do {
-            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-                continue;
-            char path[2 * NAME_SIZE];
-            snprintf(path, sizeof path, "%s\\%s", folder, entry.cFileName);
+    DWORD attributes = GetFileAttributesA(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) &&
+           !(attributes & FILE_ATTRIBUTE_REPARSE_POINT);
+}
+
+// Removes the files the session made, by their names, and then its folders if nothing else is
+// left in them: a file that someone else put there stays, with the folders that hold it.
+static void remove_session_files(thread_record *record)
+{
+    char path[NAME_SIZE + 32];
+    const master *table = record->master;
+    if (!own_folder(record->temp_dir))
+        return;
+    snprintf(path, sizeof path, "%s\\history", record->temp_dir);
+    if (own_folder(path)) {
+        for (int32_t row = -1; table && row < table->gl_count && row < MASTER_GL_ROWS; ++row) {
+            int handle = row < 0 ? 0 : (int)table->gl_table[row].handle;
+            snprintf(path, sizeof path, "%s\\history\\%d.gls", record->temp_dir, handle);
             DeleteFileA(path);
-        } while (FindNextFileA(search, &entry));
-        FindClose(search);
+        }
+        snprintf(path, sizeof path, "%s\\history", record->temp_dir);
+        RemoveDirectoryA(path);
     }
-    RemoveDirectoryA(folder);
+    snprintf(path, sizeof path, "%s\\list", record->temp_dir);
+    if (own_folder(path)) {
+        snprintf(path, sizeof path, "%s\\list\\calls", record->temp_dir);
+        DeleteFileA(path);
+        snprintf(path, sizeof path, "%s\\list", record->temp_dir);
+        RemoveDirectoryA(path);
+    }
+    RemoveDirectoryA(record->temp_dir);
 }
 
 void close_session(thread_record *record)
@@ -333,10 +396,5 @@ void close_session(thread_record *record)
         FreeLibrary((HMODULE)table->gdi32);
         table->gdi32 = nullptr;
     }
-    char folder[NAME_SIZE + 16];
-    snprintf(folder, sizeof folder, "%s\\history", record->temp_dir);
-    remove_folder(folder);
-    snprintf(folder, sizeof folder, "%s\\list", record->temp_dir);
-    remove_folder(folder);
-    remove_folder(record->temp_dir);
+    remove_session_files(record);
 }
