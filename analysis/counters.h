@@ -2,7 +2,7 @@
 #pragma once
 
 #include "recording/lists.h"
-#include "session/records.h"
+#include "records/records.h"
 
 // Behind every debugged call that was made: the row's counter.
 inline void count_call(thread_record *record, int row)

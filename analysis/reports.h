@@ -2,7 +2,7 @@
 // the application behind it, and lines of the history with the tag "Info".
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 // A glsString command of the thread's codec context, so that the line stands in the history at
 // the place of the call. Without a codec context the codec's error is set and nothing written.

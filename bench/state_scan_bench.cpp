@@ -3,7 +3,7 @@
 // folder without the debugger's DLLs (it binds the system's opengl32 itself, and asks its WGL
 // directly, so that no session starts).
 #include "gls/gls.h"
-#include "session/records.h"
+#include "records/records.h"
 #include "state/state_scan.h"
 
 #include <windows.h>

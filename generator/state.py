@@ -110,7 +110,7 @@ def gen_state_tables(xml_path, table_path=TABLE_PATH):
         names = enumerant_table(registry)
     except (OSError, ValueError, ET.ParseError) as error:
         sys.exit('state tables: %s' % error)
-    out = [HEADER, '#include "session/records.h"\n\n',
+    out = [HEADER, '#include "records/records.h"\n\n',
            '// kind, first_enum, second_enum, third_enum, type, count, name\n',
            'const state_row state_catalogue[STATE_ROW_COUNT] = {\n']
     for number, r in enumerate(rows):

@@ -73,7 +73,7 @@ def gen_hooks_header(t, header):
     for r in t.gl:
         if r.hook:
             rows_of.setdefault(r.hook, []).append(r)
-    out = [header, '#pragma once\n\n#include "session/records.h"\n#include "gen/calls.h"\n\n',
+    out = [header, '#pragma once\n\n#include "records/records.h"\n#include "gen/calls.h"\n\n',
            '// After-call hooks: the record and the arguments of the call.\n']
     for hook, rows in rows_of.items():
         shared = len(rows) > 1

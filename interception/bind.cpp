@@ -2,8 +2,8 @@
 // the name that the search path would find first.
 #include "interception/bind.h"
 
-#include "session/mmaps.h"
-#include "session/report.h"
+#include "records/mmaps.h"
+#include "records/report.h"
 
 #include <windows.h>
 

@@ -2,7 +2,7 @@
 // the name that the search path would find first.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 // Fills a new library_table for the session of record. A missing library or a missing GDI or
 // WGL function ends the process; a missing GL or GLU function is stored as null.

@@ -6,7 +6,7 @@
 #include "gls/gls_context.h"
 #include "session/context.h"
 #include "session/control_draw.h"
-#include "session/rings.h"
+#include "records/rings.h"
 #include "session/run_control.h"
 
 // The call's text alone, written by the per-call stream into last_call_text: what a halted

@@ -2,7 +2,7 @@
 // the capture functions of their opcodes, and the trace set as capture flags.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 // Makes the session's codec context current on this thread and installs the wrappers; called
 // at session start and whenever the thread's current codec context is no longer the session's.

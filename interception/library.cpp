@@ -2,8 +2,11 @@
 // then the debugger's start-up; at unload the debugger's blocks, then the codec.
 #include "interception/exports.h"
 #include "gls/gls.h"
+#include "interception/bind.h"
+#include "interception/install.h"
 #include "panel/panel_thread.h"
 #include "session/context.h"
+#include "session/start_hooks.h"
 
 static BOOL library_main(HINSTANCE instance, DWORD reason, LPVOID reserved)
 {
@@ -11,6 +14,7 @@ static BOOL library_main(HINSTANCE instance, DWORD reason, LPVOID reserved)
     case DLL_PROCESS_ATTACH:
         if (!gls_process_attach())
             return FALSE;
+        session_start = {bind_libraries, install_codec};
         panel_register();
         return session_process_attach();
     case DLL_PROCESS_DETACH:

@@ -3,7 +3,7 @@
 
 #include "gls/gls.h"
 #include "recording/history.h"
-#include "session/rings.h"
+#include "records/rings.h"
 #include "session/run_control.h"
 
 #include <cstdio>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "session/context.h"
-#include "session/records.h"
+#include "records/records.h"
 
 #include <windows.h>
 

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "gen/calls.h"
-#include "session/records.h"
+#include "records/records.h"
 
 // What varies from one wrapper to another.
 struct WrapperRow {

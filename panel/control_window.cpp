@@ -7,8 +7,8 @@
 #include "panel/settings.h"
 
 #include "session/context.h"
-#include "session/mmaps.h"
-#include "session/rings.h"
+#include "records/mmaps.h"
+#include "records/rings.h"
 
 #include <windows.h>
 

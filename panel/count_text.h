@@ -1,7 +1,7 @@
 // The texts of the two count windows, from the counters of a session.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 enum : int { WINDOW_TEXT_SIZE = 5120 };
 

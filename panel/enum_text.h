@@ -1,7 +1,7 @@
 // Names of GL values, and the rows of the Enumerates list.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 #include <cstdint>
 

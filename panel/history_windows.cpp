@@ -4,8 +4,8 @@
 
 #include "panel/panel_text.h"
 #include "panel/resource.h"
-#include "session/mmaps.h"
-#include "session/rings.h"
+#include "records/mmaps.h"
+#include "records/rings.h"
 
 #include <cstdio>
 

@@ -5,8 +5,8 @@
 
 #include "panel/panel_text.h"
 #include "panel/resource.h"
-#include "session/mmaps.h"
-#include "session/report.h"
+#include "records/mmaps.h"
+#include "records/report.h"
 
 #include <cstdio>
 #include <cstdlib>

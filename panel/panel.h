@@ -4,7 +4,7 @@
 #pragma once
 
 #include "panel/panel_text.h"
-#include "session/records.h"
+#include "records/records.h"
 
 #include <windows.h>
 

@@ -2,9 +2,9 @@
 
 #include "gen/gl_enums.h"
 #include "panel/resource.h"
-#include "session/mmaps.h"
-#include "session/report.h"
-#include "session/rings.h"
+#include "records/mmaps.h"
+#include "records/report.h"
+#include "records/rings.h"
 
 #include <cstdio>
 

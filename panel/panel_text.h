@@ -3,7 +3,7 @@
 // into controls and rings, so everything here builds and is tested natively.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 #include <cstdint>
 

@@ -8,8 +8,8 @@
 #include "panel/settings.h"
 
 #include "session/context.h"
-#include "session/panel_hooks.h"
-#include "session/report.h"
+#include "records/panel_hooks.h"
+#include "records/report.h"
 
 #include <process.h>
 

@@ -6,7 +6,7 @@
 #include "panel/panel_text.h"
 #include "panel/resource.h"
 #include "panel/search.h"
-#include "session/rings.h"
+#include "records/rings.h"
 
 #include <cstdio>
 #include <cstring>

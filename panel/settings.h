@@ -2,7 +2,7 @@
 // runs as plain text, "quondale.cfg" of the current directory by default.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 // Read once by the panel thread at its start, before the application's first call goes on.
 void load_start_settings(thread_record *record);

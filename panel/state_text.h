@@ -1,7 +1,7 @@
 // The text of a state row's values, as the State window shows them and Save writes them.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 #include <cstdint>
 

@@ -6,8 +6,8 @@
 #include "panel/resource.h"
 #include "panel/search.h"
 #include "session/context.h"
-#include "session/mmaps.h"
-#include "session/report.h"
+#include "records/mmaps.h"
+#include "records/report.h"
 
 #include <commdlg.h>
 

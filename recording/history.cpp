@@ -3,8 +3,8 @@
 #include "gen/calls.h"
 #include "gls/gls.h"
 #include "recording/line_format.h"
-#include "session/mmaps.h"
-#include "session/report.h"
+#include "records/mmaps.h"
+#include "records/report.h"
 #include "gls/tables.h"
 
 #include <cstdio>

@@ -2,7 +2,7 @@
 // session's codec context, and the per-call capture that gives the text of the next call.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 // Capture flags from the trace set: 3 for a traced function, else 1; glsDrawVertexArray always 3.
 void apply_trace_set(thread_record *record);

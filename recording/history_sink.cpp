@@ -2,7 +2,7 @@
 // sink's own, so that the program's thread does not wait for the system's file writes; anything
 // that reads the file, or ends it, drains first and finds the file complete.
 #include "recording/line_format.h"
-#include "session/report.h"
+#include "records/report.h"
 
 #if defined(_WIN32)
 #  include <io.h>

@@ -2,7 +2,7 @@
 // the next call. Plain functions over bytes; the session glue lives in history.cpp.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 #include <cstddef>
 #include <cstdio>

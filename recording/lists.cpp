@@ -2,8 +2,8 @@
 
 #include "gen/calls.h"
 #include "gen/gl_enums.h"
-#include "session/mmaps.h"
-#include "session/report.h"
+#include "records/mmaps.h"
+#include "records/report.h"
 
 #include <cstdio>
 #include <cstring>

@@ -3,7 +3,7 @@
 // contexts of a session share the rows and the file; each context keeps its own counts.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 // The block of rows grown to count rows at least (a count of 0 counts as 1); the process ends
 // with code 1 when it can't grow.

@@ -1,18 +1,17 @@
 // Thread entry, session start, context attach and the end of a session. Everything here runs on
 // the session's application thread, before or outside any panel work on the same records.
 #include "session/context.h"
+#include "session/start_hooks.h"
 
 #include "gls/gls.h"
 #include "gls/gls_context.h"
 #include "gls/platform.h"
 #include "recording/history.h"
 #include "recording/line_format.h"
-#include "interception/bind.h"
-#include "interception/install.h"
-#include "session/mmaps.h"
-#include "session/panel_hooks.h"
-#include "session/report.h"
-#include "session/rings.h"
+#include "records/mmaps.h"
+#include "records/panel_hooks.h"
+#include "records/report.h"
+#include "records/rings.h"
 #include "state/state_scan.h"
 #include "state/window_info.h"
 #include "gls/tables.h"
@@ -222,9 +221,9 @@ __attribute__((noinline)) static thread_record *start_session(thread_record *rec
         make_temp_dirs(record);
     }
     attach_master(record, id);
-    bind_libraries(record);
+    session_start.bind_libraries(record);
     attach_per_proc(record, id);
-    install_codec(record);
+    session_start.install_codec(record);
     attach_gl(record, 0);
     return record;
 }
@@ -233,7 +232,7 @@ __attribute__((noinline)) static thread_record *start_session(thread_record *rec
 // The history file stays as it was and is opened again on the new codec context.
 __attribute__((noinline)) static void reinstall_codec(thread_record *record)
 {
-    install_codec(record);
+    session_start.install_codec(record);
     per_gl *gl = record->per_gl;
     if (gl && gl->history_file) {
         history_file_close(gl);

@@ -1,7 +1,7 @@
 // A debug session per application thread: thread entry, context attach, the end of a session.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 #include <cstdint>
 

@@ -2,7 +2,7 @@
 // application's thread so that they leave no trace in the recording.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 // A request of the panel's, carried out at the next call outside glBegin/glEnd.
 void apply_control_draw_request(thread_record *record);

@@ -3,7 +3,7 @@
 #include "session/control_draw.h"
 #include "gls/gls.h"
 #include "recording/history.h"
-#include "session/rings.h"
+#include "records/rings.h"
 #include "state/state_scan.h"
 
 #include <cstdarg>

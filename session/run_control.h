@@ -2,8 +2,8 @@
 // leaves it out; the reaction to the panel's events; the work on the way into a halt.
 #pragma once
 
-#include "session/records.h"
-#include "session/rings.h"
+#include "records/records.h"
+#include "records/rings.h"
 
 enum : int {
     EVENT_RESULT_GO_ON = 1,

@@ -2,7 +2,7 @@
 // context is first seen, the current values at each halt.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 // One catalogue row's query into its current values.
 void state_query(thread_record *record, int row);

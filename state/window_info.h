@@ -2,7 +2,7 @@
 // the Window Information window and the alpha check, and described in its history.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 enum : int { VISUAL_INFO_SIZE = 256 };
 

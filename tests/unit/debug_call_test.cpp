@@ -4,8 +4,8 @@
 
 #include "gls/gls.h"
 #include "interception/wrapper.h"
-#include "session/panel_hooks.h"
-#include "session/rings.h"
+#include "records/panel_hooks.h"
+#include "records/rings.h"
 
 #include <memory>
 #include <string>

@@ -1,10 +1,10 @@
 // The control window's texts and commands, as plain functions of the records.
 #include "panel/panel_text.h"
 
-#include "session/mmaps.h"
+#include "records/mmaps.h"
 #include "panel/resource.h"
 #include "panel/settings_file.h"
-#include "session/rings.h"
+#include "records/rings.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // The event rings between the panel and the application's thread.
 #include <gtest/gtest.h>
 
-#include "session/panel_hooks.h"
-#include "session/rings.h"
+#include "records/panel_hooks.h"
+#include "records/rings.h"
 
 #include <memory>
 #include <string>

@@ -1,5 +1,5 @@
 // The table of named blocks: names, look-up, list information growth, the debug description.
-#include "session/mmaps.h"
+#include "records/mmaps.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // Start values of the session records. Blocks come unzeroed from the heap, so each test fills a
 // block over garbage: a field the filling forgets shows up as the garbage pattern.
-#include "session/records.h"
+#include "records/records.h"
 
-#include "session/mmaps.h"
+#include "records/mmaps.h"
 
 #include <gtest/gtest.h>
 

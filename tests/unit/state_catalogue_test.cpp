@@ -1,7 +1,7 @@
 // The generated state catalogue and its copy, with the enumerant names, in master.
-#include "session/records.h"
+#include "records/records.h"
 
-#include "session/mmaps.h"
+#include "records/mmaps.h"
 
 #include <gtest/gtest.h>
 

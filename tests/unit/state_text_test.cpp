@@ -4,7 +4,7 @@
 #include "panel/enum_text.h"
 #include "panel/panel_text.h"
 #include "panel/state_text.h"
-#include "session/records.h"
+#include "records/records.h"
 #include "state/window_info.h"
 
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 #include "gen/calls.h"
 #include "gls/gls.h"
 #include "recording/history.h"
-#include "session/records.h"
+#include "records/records.h"
 
 #include <cstring>
 #include <memory>

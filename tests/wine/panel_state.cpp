@@ -4,7 +4,7 @@
 #include "tests/wine/harness.h"
 
 #include "panel/resource.h"
-#include "session/records.h"
+#include "records/records.h"
 
 static GLint pack_alignment_seen = 99;
 

@@ -3,7 +3,7 @@
 // debugger's own rules.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 // The framebuffer a history asks for, from its "Visual Info" and "Viewport Info" records.
 struct surface_format {

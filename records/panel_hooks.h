@@ -3,7 +3,7 @@
 // runs on the application's thread and returns only when the panel thread has served it.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 struct panel_hooks {
     // Starts the panel thread of a new session; returns once the panel has read its settings.

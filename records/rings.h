@@ -2,7 +2,7 @@
 // wrappers poll; the other direction is delivered by calling panel code directly.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 enum : int32_t {
     EVENT_MESSAGE_CHANGED = 1,

@@ -1,8 +1,8 @@
 // The table of named blocks. No lock guards it: a session starts at most once per thread, and
 // two sessions starting at the same moment is a risk the design takes.
-#include "session/mmaps.h"
+#include "records/mmaps.h"
 
-#include "session/report.h"
+#include "records/report.h"
 
 #include <cstdarg>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "session/panel_hooks.h"
+#include "records/panel_hooks.h"
 
 static void no_start(thread_record *record) { record->panel_ready = 1; }
 static void no_text(const char *) {}

@@ -1,9 +1,9 @@
 // Start values of the session records. Blocks come from the heap unzeroed, so every field that
 // has a start value is written here, field by field in layout order.
-#include "session/records.h"
+#include "records/records.h"
 #include "gen/gl_enums.h"
 
-#include "session/records.h"
+#include "records/records.h"
 
 #include <cstdio>
 #include <cstring>

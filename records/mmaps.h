@@ -3,7 +3,7 @@
 // live until process detach; nothing frees one earlier.
 #pragma once
 
-#include "session/records.h"
+#include "records/records.h"
 
 #include <cstdint>
 

@@ -1,5 +1,5 @@
 // The fatal report and the exit behind it.
-#include "session/report.h"
+#include "records/report.h"
 
 #include <cstdarg>
 #include <cstdio>

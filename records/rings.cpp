@@ -1,6 +1,6 @@
-#include "session/rings.h"
+#include "records/rings.h"
 
-#include "session/panel_hooks.h"
+#include "records/panel_hooks.h"
 
 static void ring_queue(ring *r, int32_t code)
 {
