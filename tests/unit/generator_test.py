@@ -92,6 +92,13 @@ with tempfile.TemporaryDirectory() as out:
     names = open(os.path.join(out, 'gls_names.cpp')).read()
     check('"GLS_DISPLAY_LIST_SGIX", // 0x200' in names, 'the GLS row at 512')
     check('{"GLS_FALSE", 0},' in names and '{"GLS_TRUE", 1},' in names, 'the extra pairs of the GLS dictionary')
+    # The player's taps hand GL the arguments as player_tap left them; GL's counts by pname are the
+    # glsizes rows and then the codec's.
+    taps = open(os.path.join(out, 'player_taps.cpp')).read()
+    check('(GLenum)a[5].u, (void *)a[6].p);' in taps, 'glReadPixels gets its area from player_tap')
+    aniso = (re.search(r'gl_sizes_texParameter\[\] = \{\n(.*?)\n\};', taps, re.S) or re.match('()', '')).group(1)
+    check('{0x84FE, 1, "GL_TEXTURE_MAX_ANISOTROPY_EXT"},\n' in aniso and aniso.endswith('{0, 0, nullptr},') and
+          aniso.index('ANISOTROPY') < aniso.index('"GL_TEXTURE_BORDER_COLOR"'), 'GL\'s counts of glTexParameter')
     tables = open(os.path.join(out, 'gls_tables.cpp')).read()
     wrap = tables[tables.index('wrap_glClear('):]
     check('gls_set_error' not in wrap[:wrap.index('}')], 'an idle wrapper forwarder sets no error')
