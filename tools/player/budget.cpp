@@ -25,6 +25,8 @@ static const uint64_t LIST_NAME_BYTES = 128, TEXTURE_NAME_BYTES = 1024, COMMAND_
 static const uint64_t MB = 1u << 20;
 static const uint64_t NOT_KNOWN = UINT64_MAX;
 
+static uint64_t positive(int64_t value) { return value > 0 ? (uint64_t)value : 0; }
+
 static double seconds_now()
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
@@ -249,7 +251,7 @@ static void clear_list(player_state *p, list_record *list)
     budget_give(p, list->bytes);
     list->bytes = list->work = 0;
     list->callee_count = list->effect_count = 0;
-    list->defined = false;
+    list->defined = list->calls_in_primitive = false;
 }
 
 static bool add_effect(list_record *list, list_effect effect)
@@ -422,7 +424,6 @@ static bool compiled_now(const budget_state *b, int opcode)
     return true;
 }
 
-static uint64_t positive(int64_t value) { return value > 0 ? (uint64_t)value : 0; }
 
 // The units of a command's own work, apart from the lists it calls.
 static uint64_t own_work(int opcode, const GlsArgValue *a)
@@ -476,6 +477,63 @@ static bool over_time(player_state *p, const char *name, uint64_t units)
     return true;
 }
 
+// Whether running a list reaches, through the lists it calls, one that GL does not hold.
+static bool reaches_missing(budget_state *b, uint32_t name, int depth, id_map *seen)
+{
+    uint64_t known;
+    if (map_find(seen, name, &known))
+        return known != 0;
+    bool missing = !GL(glIsList)(name);
+    const list_record *list = list_of(b, name, false);
+    map_put(seen, name, missing);
+    for (uint32_t i = 0; !missing && list && depth < b->max_nesting && i < list->callee_count; ++i)
+        missing = reaches_missing(b, list->callees[i], depth + 1, seen);
+    map_put(seen, name, missing);
+    return missing;
+}
+
+// Mesa (22.3) crashes ending a list that calls, between glBegin and glEnd, a list that reaches one
+// GL does not hold, or that ends inside a glBegin and calls such a list anywhere. Such a call is
+// skipped, so is a deletion while the list being made calls lists between glBegin and glEnd, and
+// a list that would end so gets its glEnd first.
+template <typename names>
+static bool mesa_can_end_list(player_state *p, int opcode, const GlsArgValue *a, bool compiled, uint64_t count,
+                              names list_name)
+{
+    budget_state *b = &p->budget;
+    list_record *pending = &b->pending;
+    id_map seen = {};
+    bool fine = true;
+    for (uint64_t i = 0; compiled && b->compiled_primitive && fine && i < count; ++i)
+        fine = !reaches_missing(b, list_name(i), 1, &seen);
+    if (!fine)
+        report_skip(p, opcode, "between glBegin and glEnd of a list being made, it calls a list that GL does not "
+                               "hold, which Mesa cannot compile");
+    pending->calls_in_primitive |= fine && compiled && b->compiled_primitive && count > 0;
+    if (fine && compiled && (opcode == OP_glBegin || opcode == OP_glEnd))
+        b->compiled_primitive = opcode == OP_glBegin;
+    if (opcode == OP_glDeleteLists && b->compiling && pending->calls_in_primitive) {
+        report_skip(p, opcode, "the list being made calls lists between glBegin and glEnd, which Mesa cannot "
+                               "compile when one of them goes");
+        fine = false;
+    }
+    if (opcode == OP_glEndList && b->compiling && b->compiled_primitive) {
+        bool missing = false;
+        for (uint32_t i = 0; i < pending->callee_count && !missing; ++i)
+            missing = reaches_missing(b, pending->callees[i], 1, &seen);
+        if (missing) {
+            if (!p->skip_reported[OP_glEndList])
+                tell(p, "glEndList: the list's glBegin gets its glEnd first, since it calls a list that GL does not "
+                        "hold, which Mesa cannot compile");
+            p->skip_reported[OP_glEndList] = true;
+            GL(glEnd)();
+            b->compiled_primitive = false;
+        }
+    }
+    map_free(&seen);
+    return fine;
+}
+
 // Refuses what would pass the memory budget, without taking it yet.
 static bool fits(player_state *p, uint64_t bytes, const char *what)
 {
@@ -515,6 +573,8 @@ bool budget_command(player_state *p, int opcode, const GlsArgValue *a)
     auto list_name = [&](uint64_t i) {
         return opcode == OP_glCallList ? (uint32_t)a[0].u : b->list_base + (uint32_t)call_lists_name(lists_type, lists_data, i);
     };
+    if (!mesa_can_end_list(p, opcode, a, compiled, names_count, list_name))
+        return false;
     if (executed)
         for (uint64_t i = 0; i < names_count; ++i)
             units = add_saturated(units, list_cost(b, list_name(i), 1));
@@ -573,6 +633,7 @@ bool budget_command(player_state *p, int opcode, const GlsArgValue *a)
                (a[1].u == GL_COMPILE || a[1].u == GL_COMPILE_AND_EXECUTE)) {
         b->compiling = (uint32_t)a[0].u;
         b->compile_mode = (GLenum)a[1].u;
+        b->compiled_primitive = false;
         clear_list(p, &b->pending);
     } else if (opcode == OP_glEndList && b->compiling) {
         // The list compiled takes the place of the one of its name; its old storage is reused.

@@ -153,6 +153,15 @@ static bool out_area(player_state *p, int opcode, GlsArgValue *args, const GlsAr
     held_area *slot = nullptr;
     if (held)
         release_held(p);
+    if (!held && bytes <= QUERY_AREA_SIZE && !p->guard.query_used) {
+        if (!p->guard.query.data && budget_take(p, QUERY_AREA_SIZE, "the area of state queries"))
+            p->guard.query = held_area{calloc(1, QUERY_AREA_SIZE), QUERY_AREA_SIZE};
+        if (p->guard.query.data) {
+            p->guard.query_used = true;
+            args[d->arg].p = p->guard.query.data;
+            return true;
+        }
+    }
     held_area *areas = held ? p->guard.held : p->guard.transient;
     for (int i = 0; i < (held ? HELD_AREAS : 3); ++i)
         if (!areas[i].data)
@@ -271,6 +280,7 @@ static bool map_argument(player_state *p, int opcode, GlsArgValue *args, const G
 bool guard_command(player_state *p, int opcode, GlsArgValue *args)
 {
     free_areas(p, p->guard.transient, 3);
+    p->guard.query_used = false;
     const GlsCommandDesc *command = &gls_command_descs[opcode];
     for (int i = 0; i < command->count; ++i) {
         const GlsArgDesc *d = &command->args[i];
@@ -303,4 +313,5 @@ void guard_end(player_state *p)
 {
     free_areas(p, p->guard.transient, 3);
     free_areas(p, p->guard.held, HELD_AREAS);
+    free_areas(p, &p->guard.query, 1);
 }

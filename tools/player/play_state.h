@@ -52,6 +52,7 @@ struct list_effect {
 struct list_record {
     uint32_t name;
     bool defined;
+    bool calls_in_primitive; // it calls lists between glBegin and glEnd
     uint64_t bytes;
     uint64_t work;
     uint32_t *callees;
@@ -100,6 +101,7 @@ struct budget_state {
     uint32_t compiling; // 0: none
     GLenum compile_mode;
     list_record pending; // what the list being compiled holds so far
+    bool compiled_primitive; // a glBegin compiled into it waits for its glEnd
     GLuint list_base;
     uint64_t generation;
     int max_nesting;
@@ -121,6 +123,9 @@ struct guard_state {
     // The areas GL wrote into in the last read: freed before the next command.
     held_area transient[3];
     held_area held[HELD_AREAS];
+    // One area for the values of state queries, kept for the whole play.
+    held_area query;
+    bool query_used;
     // Vectors handed GL by pname, copied into room for the most values any pname takes.
     alignas(8) uint8_t padded[GLS_MAX_CALL_ARGS][16 * 8];
 };
