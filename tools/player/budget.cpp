@@ -18,6 +18,8 @@
 
 #define GL(name) ((fn_##name)gls_default_dispatch[OP_##name])
 
+extern const char *const player_hook_names[GLS_OPCODE_COUNT];
+
 // Units of work Mesa's software renderer gets through in a second.
 static const double WORK_PER_SECOND = 1e7;
 // What GL keeps for a list name, a texture name, a compiled command and a texel.
@@ -408,6 +410,8 @@ void budget_start(player_state *p)
     b->max_nesting = nesting > 0 && nesting < 1024 ? nesting : 64;
     GL(glGetIntegerv)(GL_MAX_TEXTURE_SIZE, &b->max_texture_size[0]);
     GL(glGetIntegerv)(GL_MAX_3D_TEXTURE_SIZE_EXT, &b->max_texture_size[1]);
+    for (int op = 0; op < GLS_OPCODE_COUNT; ++op)
+        b->vertex_command[op] = player_hook_names[op] && strcmp(player_hook_names[op], "hook_vertex") == 0;
 }
 
 static bool compiled_now(const budget_state *b, int opcode)
@@ -492,10 +496,21 @@ static bool reaches_missing(budget_state *b, uint32_t name, int depth, id_map *s
     return missing;
 }
 
+// A polygon of one or two vertices compiled into a list makes Mesa (22.3) free what it did not
+// allocate: its last vertex is given again up to the fewest the mode draws with, which adds no
+// area, so nothing more is drawn.
+static void pad_primitive(budget_state *b)
+{
+    GLenum mode = b->primitive_mode;
+    uint32_t fewest = mode == GL_QUADS || mode == GL_QUAD_STRIP ? 4 : mode >= GL_TRIANGLES && mode <= GL_POLYGON ? 3 : 0;
+    for (uint32_t i = b->primitive_vertices; !b->primitive_calls && i > 0 && i < fewest; ++i)
+        gls_command_descs[b->last_vertex_opcode].call(gls_default_dispatch[b->last_vertex_opcode], &b->last_vertex);
+}
+
 // Mesa (22.3) crashes ending a list that calls, between glBegin and glEnd, a list that reaches one
-// GL does not hold, or that ends inside a glBegin and calls such a list anywhere. Such a call is
-// skipped, so is a deletion while the list being made calls lists between glBegin and glEnd, and
-// a list that would end so gets its glEnd first.
+// GL does not hold, and ending one inside glBegin reads past its own blocks or crashes in several
+// ways. Such a call is skipped, so is a deletion while the list being made calls lists between
+// glBegin and glEnd, and a list left inside glBegin gets its glEnd first.
 template <typename names>
 static bool mesa_can_end_list(player_state *p, int opcode, const GlsArgValue *a, bool compiled, uint64_t count,
                               names list_name)
@@ -510,25 +525,37 @@ static bool mesa_can_end_list(player_state *p, int opcode, const GlsArgValue *a,
         report_skip(p, opcode, "between glBegin and glEnd of a list being made, it calls a list that GL does not "
                                "hold, which Mesa cannot compile");
     pending->calls_in_primitive |= fine && compiled && b->compiled_primitive && count > 0;
-    if (fine && compiled && (opcode == OP_glBegin || opcode == OP_glEnd))
+    b->primitive_calls |= fine && compiled && count > 0;
+    if (fine && compiled && b->compiled_primitive && b->vertex_command[opcode]) {
+        GlsArrayShape shape = gls_array_shape(&gls_command_descs[opcode].args[0], a);
+        size_t bytes = (size_t)(shape.count * shape.width);
+        if (a[0].p && bytes <= sizeof b->last_vertex_data) {
+            memcpy(b->last_vertex_data, a[0].p, bytes);
+            b->last_vertex.p = b->last_vertex_data;
+            b->last_vertex_opcode = opcode;
+            ++b->primitive_vertices;
+        }
+    }
+    if (fine && compiled && opcode == OP_glEnd)
+        pad_primitive(b);
+    if (fine && compiled && (opcode == OP_glBegin || opcode == OP_glEnd)) {
         b->compiled_primitive = opcode == OP_glBegin;
+        b->primitive_mode = (GLenum)a[0].u;
+        b->primitive_vertices = 0;
+        b->primitive_calls = false;
+    }
     if (opcode == OP_glDeleteLists && b->compiling && pending->calls_in_primitive) {
         report_skip(p, opcode, "the list being made calls lists between glBegin and glEnd, which Mesa cannot "
                                "compile when one of them goes");
         fine = false;
     }
     if (opcode == OP_glEndList && b->compiling && b->compiled_primitive) {
-        bool missing = false;
-        for (uint32_t i = 0; i < pending->callee_count && !missing; ++i)
-            missing = reaches_missing(b, pending->callees[i], 1, &seen);
-        if (missing) {
-            if (!p->skip_reported[OP_glEndList])
-                tell(p, "glEndList: the list's glBegin gets its glEnd first, since it calls a list that GL does not "
-                        "hold, which Mesa cannot compile");
-            p->skip_reported[OP_glEndList] = true;
-            GL(glEnd)();
-            b->compiled_primitive = false;
-        }
+        if (!p->skip_reported[OP_glEndList])
+            tell(p, "glEndList: the list's glBegin gets its glEnd first, since Mesa cannot end a list inside one");
+        p->skip_reported[OP_glEndList] = true;
+        pad_primitive(b);
+        GL(glEnd)();
+        b->compiled_primitive = false;
     }
     map_free(&seen);
     return fine;

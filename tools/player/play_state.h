@@ -102,6 +102,14 @@ struct budget_state {
     GLenum compile_mode;
     list_record pending; // what the list being compiled holds so far
     bool compiled_primitive; // a glBegin compiled into it waits for its glEnd
+    // That primitive: its mode, vertices, whether it calls lists, and its last vertex's command.
+    GLenum primitive_mode;
+    uint32_t primitive_vertices;
+    bool primitive_calls;
+    int last_vertex_opcode;
+    GlsArgValue last_vertex;
+    alignas(8) uint8_t last_vertex_data[32];
+    bool vertex_command[GLS_OPCODE_COUNT];
     GLuint list_base;
     uint64_t generation;
     int max_nesting;
