@@ -410,8 +410,26 @@ void budget_start(player_state *p)
     b->max_nesting = nesting > 0 && nesting < 1024 ? nesting : 64;
     GL(glGetIntegerv)(GL_MAX_TEXTURE_SIZE, &b->max_texture_size[0]);
     GL(glGetIntegerv)(GL_MAX_3D_TEXTURE_SIZE_EXT, &b->max_texture_size[1]);
-    for (int op = 0; op < GLS_OPCODE_COUNT; ++op)
+    // The attribute commands: a prefix, then a type and "v" (glColor3ubv), with their slot and size.
+    static const struct { const char *prefix; int8_t slot; uint8_t size; } attributes[] = {
+        {"glColor3", 0, 3},    {"glColor4", 0, 4},    {"glNormal3", 1, 3},   {"glTexCoord1", 2, 1},
+        {"glTexCoord2", 2, 2}, {"glTexCoord3", 2, 3}, {"glTexCoord4", 2, 4}, {"glIndex", 3, 1}};
+    static const char *const types[] = {"bv", "dv", "fv", "iv", "sv", "ubv", "uiv", "usv"};
+    for (int op = 0; op < GLS_OPCODE_COUNT; ++op) {
+        const char *name = gls_opcode_names[op];
         b->vertex_command[op] = player_hook_names[op] && strcmp(player_hook_names[op], "hook_vertex") == 0;
+        b->attribute_slot[op] = op == OP_glEdgeFlagv ? 4 : op == OP_glMaterialf || op == OP_glMaterialfv ||
+                                                               op == OP_glMateriali || op == OP_glMaterialiv ? 5 : -1;
+        b->attribute_size[op] = 1;
+        for (const auto &attribute : attributes) {
+            size_t length = strlen(attribute.prefix);
+            for (const char *type : types)
+                if (name && strncmp(name, attribute.prefix, length) == 0 && strcmp(name + length, type) == 0) {
+                    b->attribute_slot[op] = attribute.slot;
+                    b->attribute_size[op] = attribute.size;
+                }
+        }
+    }
 }
 
 static bool compiled_now(const budget_state *b, int opcode)
@@ -507,6 +525,42 @@ static void pad_primitive(budget_state *b)
         gls_command_descs[b->last_vertex_opcode].call(gls_default_dispatch[b->last_vertex_opcode], &b->last_vertex);
 }
 
+// The attribute slots a command gives more values than the primitive has given so far: a
+// material's by face and pname, two for both faces or for ambient and diffuse.
+static int growing_slots(const budget_state *b, int opcode, const GlsArgValue *a, uint8_t slots[4])
+{
+    int count = 0;
+    if (b->attribute_slot[opcode] < 5) {
+        slots[count++] = (uint8_t)b->attribute_slot[opcode];
+    } else {
+        GLenum face = (GLenum)a[0].u, pname = (GLenum)a[1].u;
+        static const GLenum pnames[] = {GL_AMBIENT, GL_DIFFUSE, GL_SPECULAR, GL_EMISSION, GL_SHININESS, GL_COLOR_INDEXES};
+        for (int side = 0; side < 2; ++side)
+            for (int i = 0; i < 6; ++i)
+                if ((face == GL_FRONT_AND_BACK || face == (side ? GL_BACK : GL_FRONT)) &&
+                    (pname == pnames[i] || (pname == GL_AMBIENT_AND_DIFFUSE && i < 2)))
+                    slots[count < 3 ? count++ : 3] = (uint8_t)(5 + side * 6 + i);
+    }
+    int growing = 0;
+    for (int i = 0; i < count; ++i)
+        if (b->primitive_attributes[slots[i]] < b->attribute_size[opcode])
+            slots[growing++] = slots[i];
+    return growing;
+}
+
+// Whether Mesa keeps vertices of the primitive that no whole primitive took yet.
+static bool vertices_in_hand(const budget_state *b)
+{
+    uint32_t n = b->primitive_vertices;
+    switch (b->primitive_mode) {
+    case GL_POINTS: return false;
+    case GL_LINES: return n % 2 != 0;
+    case GL_TRIANGLES: return n % 3 != 0;
+    case GL_QUADS: return n % 4 != 0;
+    default: return n > 0;
+    }
+}
+
 // Mesa (22.3) crashes ending a list that calls, between glBegin and glEnd, a list that reaches one
 // GL does not hold, and ending one inside glBegin reads past its own blocks or crashes in several
 // ways. Such a call is skipped, so is a deletion while the list being made calls lists between
@@ -526,7 +580,21 @@ static bool mesa_can_end_list(player_state *p, int opcode, const GlsArgValue *a,
                                "hold, which Mesa cannot compile");
     pending->calls_in_primitive |= fine && compiled && b->compiled_primitive && count > 0;
     b->primitive_calls |= fine && compiled && count > 0;
+    // Mesa (22.3) reads past its blocks growing its vertex twice in a row while it keeps vertices
+    // of the primitive: the second attribute that grows it is skipped.
+    uint8_t slots[4];
+    int growing = fine && compiled && b->compiled_primitive && b->attribute_slot[opcode] >= 0
+                      ? growing_slots(b, opcode, a, slots) : 0;
+    if (growing && vertices_in_hand(b) && (b->grown_since_vertex || growing > 1)) {
+        report_skip(p, opcode, "between glBegin and glEnd of a list being made, it gives a vertex attribute "
+                               "right after another new one, which Mesa cannot compile");
+        fine = false;
+    }
+    for (int i = 0; fine && i < growing; ++i)
+        b->primitive_attributes[slots[i]] = b->attribute_size[opcode];
+    b->grown_since_vertex |= fine && growing && vertices_in_hand(b);
     if (fine && compiled && b->compiled_primitive && b->vertex_command[opcode]) {
+        b->grown_since_vertex = false;
         GlsArrayShape shape = gls_array_shape(&gls_command_descs[opcode].args[0], a);
         size_t bytes = (size_t)(shape.count * shape.width);
         if (a[0].p && bytes <= sizeof b->last_vertex_data) {
@@ -543,6 +611,8 @@ static bool mesa_can_end_list(player_state *p, int opcode, const GlsArgValue *a,
         b->primitive_mode = (GLenum)a[0].u;
         b->primitive_vertices = 0;
         b->primitive_calls = false;
+        b->grown_since_vertex = false;
+        memset(b->primitive_attributes, 0, sizeof b->primitive_attributes);
     }
     if (opcode == OP_glDeleteLists && b->compiling && pending->calls_in_primitive) {
         report_skip(p, opcode, "the list being made calls lists between glBegin and glEnd, which Mesa cannot "
@@ -600,16 +670,24 @@ bool budget_command(player_state *p, int opcode, const GlsArgValue *a)
     auto list_name = [&](uint64_t i) {
         return opcode == OP_glCallList ? (uint32_t)a[0].u : b->list_base + (uint32_t)call_lists_name(lists_type, lists_data, i);
     };
+    // Mesa compiles a call between glBegin and glEnd by running the lists called into the new one.
+    bool inlined = compiled && b->compiled_primitive;
     if (!mesa_can_end_list(p, opcode, a, compiled, names_count, list_name))
         return false;
-    if (executed)
+    uint64_t called = 0;
+    if (executed || inlined)
         for (uint64_t i = 0; i < names_count; ++i)
-            units = add_saturated(units, list_cost(b, list_name(i), 1));
+            called = add_saturated(called, list_cost(b, list_name(i), 1));
+    // Ending such a list, Mesa walks every list it calls.
+    for (uint32_t i = 0; opcode == OP_glEndList && b->compiling && b->pending.calls_in_primitive &&
+                         i < b->pending.callee_count; ++i)
+        called = add_saturated(called, list_cost(b, b->pending.callees[i], 1));
+    units = add_saturated(units, called);
     if (++b->calls_since_clock >= 64 || units >= 1000) {
         b->calls_since_clock = 0;
         clock_and_progress(p);
     }
-    if (over_time(p, what, executed ? units : 1))
+    if (over_time(p, what, executed || inlined || opcode == OP_glEndList ? units : 1))
         return false;
 
     if (compiled) {
@@ -623,7 +701,7 @@ bool budget_command(player_state *p, int opcode, const GlsArgValue *a)
                 GlsArrayShape shape = gls_array_shape(&command->args[i], a);
                 data = add_saturated(data, a[command->args[i].arg].p ? shape.count * shape.width : 0);
             }
-        data = add_saturated(COMMAND_BYTES, data);
+        data = add_saturated(add_saturated(COMMAND_BYTES, data), inlined ? multiply_saturated(called, COMMAND_BYTES) : 0);
         if (!budget_take(p, data, what))
             return false;
         b->pending.bytes = add_saturated(b->pending.bytes, data);

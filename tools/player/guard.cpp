@@ -277,10 +277,42 @@ static bool map_argument(player_state *p, int opcode, GlsArgValue *args, const G
     return false;
 }
 
+// The sizes of the texture commands, by their arguments: a size beyond the largest texture GL
+// makes is one GL refuses, and Mesa (22.3) overruns its own stack checking one of 2^30 and more.
+struct texture_sizes {
+    int opcode;
+    uint8_t first;
+    uint8_t count;
+};
+static const texture_sizes texture_size_args[] = {
+    {OP_glTexImage1D, 3, 1},     {OP_glTexImage2D, 3, 2},     {OP_glTexImage3D, 3, 3},
+    {OP_glTexSubImage1D, 3, 1},  {OP_glTexSubImage2D, 4, 2},  {OP_glTexSubImage3D, 5, 3},
+    {OP_glCopyTexImage1D, 5, 1}, {OP_glCopyTexImage2D, 5, 2}, {OP_glCopyTexSubImage1D, 5, 1},
+    {OP_glCopyTexSubImage2D, 6, 2}, {OP_glCopyTexSubImage3D, 7, 2},
+};
+
+static bool texture_size_argument(player_state *p, int opcode, const GlsArgValue *args)
+{
+    const GLint *sizes = p->budget.max_texture_size;
+    int64_t largest = (sizes[0] > sizes[1] ? sizes[0] : sizes[1]) + 2; // with a border
+    for (const texture_sizes &command : texture_size_args)
+        for (int i = 0; command.opcode == opcode && i < command.count; ++i)
+            if (args[command.first + i].i > largest) {
+                char message[MESSAGE_SIZE];
+                snprintf(message, sizeof message, "a size of %lld is larger than any texture GL makes",
+                         (long long)args[command.first + i].i);
+                report_skip(p, opcode, message);
+                return false;
+            }
+    return true;
+}
+
 bool guard_command(player_state *p, int opcode, GlsArgValue *args)
 {
     free_areas(p, p->guard.transient, 3);
     p->guard.query_used = false;
+    if (!texture_size_argument(p, opcode, args))
+        return false;
     const GlsCommandDesc *command = &gls_command_descs[opcode];
     for (int i = 0; i < command->count; ++i) {
         const GlsArgDesc *d = &command->args[i];

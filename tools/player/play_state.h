@@ -15,7 +15,7 @@ enum call_kind : uint8_t { KIND_STATE, KIND_DRAW, KIND_QUERY };
 
 typedef void (*counting_run)(thread_record *record, const GlsArgValue *args);
 
-enum : int { SHOWN_PRIM_COUNTERS = 16, STREAM_DEPTH = 64, HELD_AREAS = 4, MESSAGE_SIZE = 768 };
+enum : int { ATTRIBUTE_SLOTS = 24, SHOWN_PRIM_COUNTERS = 16, STREAM_DEPTH = 64, HELD_AREAS = 4, MESSAGE_SIZE = 768 };
 
 // A stream being read: the history named on the command line at the bottom, the streams it calls
 // above it. A stream that cannot be read twice keeps what the first pass read for the second.
@@ -110,6 +110,12 @@ struct budget_state {
     GlsArgValue last_vertex;
     alignas(8) uint8_t last_vertex_data[32];
     bool vertex_command[GLS_OPCODE_COUNT];
+    // The vertex attributes the primitive has given, by slot: how many values, 0 for none yet;
+    // whether one grew since its last vertex.
+    int8_t attribute_slot[GLS_OPCODE_COUNT]; // -1: no attribute; a material's slot comes from its arguments
+    uint8_t attribute_size[GLS_OPCODE_COUNT];
+    uint8_t primitive_attributes[ATTRIBUTE_SLOTS];
+    bool grown_since_vertex;
     GLuint list_base;
     uint64_t generation;
     int max_nesting;
