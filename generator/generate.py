@@ -27,8 +27,8 @@ OUTDIR (the build's gen folder, included as "gen/..."):
     command_samples.cpp a call of every command, and recording stubs of the default dispatch,
                         for the unit tests (capture.py, decode.py)
     dispatch_calls.h    typed calls through a context's dispatch rows, for native tests
-    player_taps.cpp     the history player's taps, one per GL command, and the hook of each
-                        opcode by name (player.py)
+    player_taps.cpp     the history player's taps, one per GL command, the hook of each
+                        opcode by name, and GL's own counts by pname (player.py)
     state_tables.cpp    the state catalogue (state/state_rows.tbl) and the enumerant names (state.py)
     quondale-x86_64.def, quondale-i686.def, opengl32.def
 """
@@ -383,6 +383,8 @@ def main():
         names = enums.gen_names(registry, table.data.gls_enums, table.data.gls_dict_only, HEADER)
         gl_enums = enums.gen_gl_enums_header(registry, data_gl_names(table), HEADER)
         sizes = gen_sizes(table, registry)
+        gls_values = dict(table.data.gls_enums)
+        player_taps = player.gen_player_taps(table, HEADER, lambda name: resolve(registry, gls_values, name))
     except (OSError, ValueError) as error:
         sys.exit('gl.xml: %s' % error)
     commands = table.command_list()
@@ -404,7 +406,7 @@ def main():
         'command_samples.cpp': capture.gen_samples(commands, HEADER) + decode.gen_recorders(commands),
         'gls_decode.cpp': decode.gen_decode(table, HEADER),
         'dispatch_calls.h': capture.gen_dispatch_calls(commands, HEADER),
-        'player_taps.cpp': player.gen_player_taps(table, HEADER),
+        'player_taps.cpp': player_taps,
         'opengl32.def': gen_forwarding_def(table),
         'state_tables.cpp': state.gen_state_tables(sys.argv[3]),
     }

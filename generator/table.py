@@ -147,6 +147,7 @@ class Data:
         self.gls_enums = []     # [(name, value)]
         self.gls_dict_only = [] # [(name, value)]: names the dictionary holds beside the pages
         self.size_tables = []   # [SizeTable]
+        self.gl_size_tables = []  # [SizeTable]: what GL reads or writes beyond the codec's counts
         self.named = {}         # 'boolean' | 'enum' -> [pname names]
         self.constants = []     # GL names the code uses beyond the codec's own set
 
@@ -173,6 +174,9 @@ def parse_table(path):
                 default = int(keys.pop('default', 0))
                 counts = [(k, int(v)) for k, v in keys.items()]
                 data.size_tables.append(SizeTable(words[1], default, counts))
+            elif form == 'glsizes':
+                counts = [(k, int(v)) for k, v in (w.split('=', 1) for w in words[2:])]
+                data.gl_size_tables.append(SizeTable(words[1], 0, counts))
             elif form == 'constants':
                 data.constants.extend(words[1:])
             elif form == 'named':
@@ -251,6 +255,9 @@ class Table:
         for r in self.gl + self.gls:
             if not 0 <= r.opcode < OPCODE_COUNT: problems.append('%s: opcode %d' % (r.name, r.opcode))
         tables = self.size_table_names()
+        for s in self.data.gl_size_tables:
+            if s.name not in tables:
+                problems.append('glsizes %s: no such size table' % s.name)
         for r in self.gl + self.gls:
             for p in r.params:
                 for a in p.kind_args:

@@ -96,6 +96,13 @@ with tempfile.TemporaryDirectory() as out:
     check('debug_glAlphaFragmentOp1ATI' not in wrappers and '    nullptr,\n' in wrappers,
           'a vendor row without a command gets no wrapper')
     check('gls_default_capture[OP_glClear])(a->mask)' in wrappers, 'a wrapper calls its capture function')
+    # The player's taps hand GL the arguments as player_tap left them; GL's counts by pname are the
+    # glsizes rows and then the codec's.
+    taps = open(os.path.join(out, 'player_taps.cpp')).read()
+    check('(GLenum)a[5].u, (void *)a[6].p);' in taps, 'glReadPixels gets its area from player_tap')
+    aniso = (re.search(r'gl_sizes_texParameter\[\] = \{\n(.*?)\n\};', taps, re.S) or re.match('()', '')).group(1)
+    check('{0x84FE, 1, "GL_TEXTURE_MAX_ANISOTROPY_EXT"},\n' in aniso and aniso.endswith('{0, 0, nullptr},') and
+          aniso.index('ANISOTROPY') < aniso.index('"GL_TEXTURE_BORDER_COLOR"'), 'GL\'s counts of glTexParameter')
 
 # A table out of catalogue order, or with a bad line, stops generation and names the line.
 source = open(table).read().splitlines()

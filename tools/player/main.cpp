@@ -1,9 +1,10 @@
-// quondale_player play HISTORY [--out DIR] [--frames A-B] [--raw]
-// quondale_player report HISTORY [--out DIR] [--frames A-B]
+// quondale_player play HISTORY [--out DIR] [--frames A-B] [--raw] [BUDGETS]
+// quondale_player report HISTORY [--out DIR] [--frames A-B] [BUDGETS]
+// BUDGETS: --memory-budget MB --time-budget SECONDS
 // play writes DIR/frame-NNNN.png at each frame's end (and with --raw also frame-NNNN.rgb, the rows
 // from the bottom up as glReadPixels gives them); report writes DIR/report.html. Exit codes: 0
-// played to the end, 1 the history could not be played whole (the frames before are kept), 2 a
-// wrong command line.
+// played to the end, 1 the history could not be played whole or has not the frames asked for
+// (the frames before are kept), 2 a wrong command line.
 #include "tools/player/player.h"
 #include "tools/player/png.h"
 #include "tools/player/report.h"
@@ -37,32 +38,49 @@ struct command_line {
     int first_frame;
     int last_frame;
     bool raw;
+    bool frames_asked;
+    uint64_t memory_budget_mb;
+    double time_budget_s;
 };
+
+// The longest file name the player writes into the --out folder, "frame-NNNNNNNNN.png".
+static const size_t FILE_NAME_ROOM = 24;
 
 static int usage(const char *problem)
 {
     if (problem)
         fprintf(stderr, "quondale: %s\n", problem);
-    fprintf(stderr, "usage: quondale_player play HISTORY.gls [--out DIR] [--frames A-B] [--raw]\n"
-                    "       quondale_player report HISTORY.gls [--out DIR] [--frames A-B]\n");
+    fprintf(stderr, "usage: quondale_player play HISTORY.gls [--out DIR] [--frames A-B] [--raw] [BUDGETS]\n"
+                    "       quondale_player report HISTORY.gls [--out DIR] [--frames A-B] [BUDGETS]\n"
+                    "BUDGETS: --memory-budget MB (%llu) --time-budget SECONDS (%llu)\n",
+            (unsigned long long)PLAY_MEMORY_BUDGET_MB, (unsigned long long)PLAY_TIME_BUDGET_S);
     return 2;
 }
 
-// "A-B", "A-" or "A": frames from 1.
+// A whole number from 1 to `most`, digits only.
+static bool read_number(const char *text, long most, long *value)
+{
+    if (!*text || strspn(text, "0123456789") != strlen(text) || strlen(text) > 9)
+        return false;
+    *value = strtol(text, nullptr, 10);
+    return *value >= 1 && *value <= most;
+}
+
+// "A-B", "A-" or "A": frames from 1; "A-" to the end.
 static bool read_range(const char *text, int *first, int *last)
 {
-    char *end;
-    long a = strtol(text, &end, 10);
-    long b = a;
-    if (end == text || a < 1 || a > 100000000)
+    char first_text[16] = "";
+    const char *dash = strchr(text, '-');
+    size_t length = dash ? (size_t)(dash - text) : strlen(text);
+    if (length >= sizeof first_text)
         return false;
-    if (*end == '-') {
-        const char *rest = end + 1;
-        b = *rest ? strtol(rest, &end, 10) : 0;
-        if ((*rest && end == rest) || (b != 0 && b < a) || b > 100000000)
-            return false;
-    }
-    if (*end)
+    memcpy(first_text, text, length);
+    long a, b = 0;
+    if (!read_number(first_text, 100000000, &a))
+        return false;
+    if (!dash)
+        b = a;
+    else if (dash[1] && (!read_number(dash + 1, 100000000, &b) || b < a))
         return false;
     *first = (int)a;
     *last = (int)b;
@@ -71,7 +89,7 @@ static bool read_range(const char *text, int *first, int *last)
 
 static bool read_command_line(int argc, char **argv, command_line *line, const char **problem)
 {
-    *line = command_line{nullptr, nullptr, ".", 1, 0, false};
+    *line = command_line{nullptr, nullptr, ".", 1, 0, false, false, 0, 0};
     if (argc < 3 || (strcmp(argv[1], "play") != 0 && strcmp(argv[1], "report") != 0)) {
         *problem = nullptr;
         return false;
@@ -82,16 +100,33 @@ static bool read_command_line(int argc, char **argv, command_line *line, const c
         if (strcmp(argv[i], "--out") == 0 && i + 1 < argc) {
             line->out = argv[++i];
         } else if (strcmp(argv[i], "--frames") == 0 && i + 1 < argc) {
+            line->frames_asked = true;
             if (!read_range(argv[++i], &line->first_frame, &line->last_frame)) {
                 *problem = "--frames takes A-B, A- or A, with 1 <= A <= B";
                 return false;
             }
         } else if (strcmp(argv[i], "--raw") == 0 && strcmp(line->command, "play") == 0) {
             line->raw = true;
+        } else if ((strcmp(argv[i], "--memory-budget") == 0 || strcmp(argv[i], "--time-budget") == 0) && i + 1 < argc) {
+            bool memory = strcmp(argv[i], "--memory-budget") == 0;
+            long value;
+            if (!read_number(argv[++i], memory ? 1 << 24 : 100000000, &value)) {
+                *problem = memory ? "--memory-budget takes megabytes, from 1" : "--time-budget takes seconds, from 1";
+                return false;
+            }
+            if (memory)
+                line->memory_budget_mb = (uint64_t)value;
+            else
+                line->time_budget_s = (double)value;
         } else {
             *problem = "unknown option";
             return false;
         }
+    }
+    // Every frame's file must have a name of its own.
+    if (strlen(line->out) + 1 + FILE_NAME_ROOM > PATH_SIZE) {
+        *problem = "the --out folder's name is too long for the files in it";
+        return false;
     }
     return true;
 }
@@ -99,25 +134,41 @@ static bool read_command_line(int argc, char **argv, command_line *line, const c
 // ---------------------------------------------------------------------------------------------
 // Progress on the terminal, at most a few times a second
 
+// On a terminal one line, redrawn at most five times a second; elsewhere, as in a log, a line every
+// ten seconds once the play has taken that long.
 struct progress_line {
+    bool terminal;
     bool shown;
+    std::chrono::steady_clock::time_point started;
     std::chrono::steady_clock::time_point last;
 };
+
+static void start_progress(progress_line *line)
+{
+    line->terminal = on_terminal();
+    line->started = line->last = std::chrono::steady_clock::now();
+}
 
 static void show_progress(double fraction, int frames, progress_line *line)
 {
     auto now = std::chrono::steady_clock::now();
-    if (line->shown && now - line->last < std::chrono::milliseconds(200))
+    auto pause = line->terminal ? std::chrono::milliseconds(200) : std::chrono::milliseconds(10000);
+    if (now - line->last < pause && (line->shown || !line->terminal))
         return;
     line->last = now;
     line->shown = true;
-    fprintf(stderr, "\rquondale: frame %d, %3.0f%% of the history read ", frames, fraction * 100);
+    long seconds = (long)std::chrono::duration_cast<std::chrono::seconds>(now - line->started).count();
+    char read[48] = "";
+    if (fraction >= 0)
+        snprintf(read, sizeof read, ", %3.0f%% of the history read", fraction * 100);
+    fprintf(stderr, "%squondale: frame %d%s, %ld s%s", line->terminal ? "\r" : "", frames, read, seconds,
+            line->terminal ? " " : "\n");
     fflush(stderr);
 }
 
 static void end_progress(progress_line *line)
 {
-    if (line->shown)
+    if (line->shown && line->terminal)
         fprintf(stderr, "\n");
 }
 
@@ -134,7 +185,9 @@ struct play_run {
 static bool write_frame_file(const char *folder, int number, const char *extension, const void *bytes, size_t size)
 {
     char path[PATH_SIZE];
-    snprintf(path, sizeof path, "%s%cframe-%04d.%s", folder, separator, number, extension);
+    int length = snprintf(path, sizeof path, "%s%cframe-%04d.%s", folder, separator, number, extension);
+    if (length < 0 || length >= (int)sizeof path)
+        return false;
     text_buffer file = {(char *)bytes, size, size, false};
     return text_write_file(&file, path);
 }
@@ -218,7 +271,8 @@ int main(int argc, char **argv)
         fprintf(stderr, "quondale: cannot make the folder %s: %s\n", line.out, strerror(errno));
         return 1;
     }
-    play_options options = {line.first_frame, line.last_frame, nullptr, nullptr, nullptr};
+    play_options options = {line.first_frame, line.last_frame, nullptr, nullptr, nullptr, line.memory_budget_mb,
+                            line.time_budget_s, false};
     play_outcome outcome;
     bool played;
     bool written = true;
@@ -226,8 +280,8 @@ int main(int argc, char **argv)
         play_run run = {&line, {}, 0, false};
         options.on_frame = write_frame;
         options.user = &run;
-        if (on_terminal())
-            options.progress = play_progress;
+        options.progress = play_progress;
+        start_progress(&run.progress);
         played = play_history(line.history, &options, &outcome);
         end_progress(&run.progress);
         written = !run.write_failed;
@@ -237,8 +291,8 @@ int main(int argc, char **argv)
         report_run run = {};
         options.on_frame = keep_frame;
         options.user = &run;
-        if (on_terminal())
-            options.progress = report_progress;
+        options.progress = report_progress;
+        start_progress(&run.progress);
         played = play_history(line.history, &options, &outcome);
         end_progress(&run.progress);
         if (outcome.totals) {
@@ -263,6 +317,15 @@ int main(int argc, char **argv)
     }
     if (!played)
         fprintf(stderr, "quondale: %s\n", outcome.error);
+    // Frames asked for that the history does not have.
+    bool all_there = !played || !line.frames_asked ||
+                     (line.first_frame <= outcome.frames_seen && line.last_frame <= outcome.frames_seen);
+    if (!all_there && line.first_frame > outcome.frames_seen)
+        fprintf(stderr, "quondale: the history has %d frames: frame %d and on are not there\n", outcome.frames_seen,
+                line.first_frame);
+    else if (!all_there)
+        fprintf(stderr, "quondale: the history has %d frames: frames %d to %d are not there\n", outcome.frames_seen,
+                outcome.frames_seen + 1, line.last_frame);
     free_play_outcome(&outcome);
-    return played && written ? 0 : 1;
+    return played && written && all_there ? 0 : 1;
 }

@@ -4,19 +4,18 @@
 // own commands that matter are hooked by name: glsString for the records of the pixel format,
 // the swap notes and the warnings, glsDrawVertexArray for the arrays' draws, glsError and the
 // group marks for streams that are broken or cut short.
-#include "tools/player/player.h"
+#include "tools/player/play_state.h"
 
 #include "analysis/counters.h"
-#include "gen/calls.h"
 #include "gen/gl_enums.h"
 #include "gen/hooks.h"
-#include "gls/decode.h"
+#include "gls/capture.h"
 #include "gls/gls.h"
+#include "gls/gls_context.h"
 #include "gls/tables.h"
 #include "tools/player/surface.h"
-#include "tools/player/text_buffer.h"
 
-#include <cerrno>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -129,10 +128,6 @@ bool read_viewport_info(const char *text, surface_format *format)
 // ---------------------------------------------------------------------------------------------
 // What the player does with each command
 
-enum call_kind : uint8_t { KIND_STATE, KIND_DRAW, KIND_QUERY };
-
-typedef void (*counting_run)(thread_record *record, const GlsArgValue *args);
-
 static void run_begin(thread_record *record, const GlsArgValue *a) { hook_glBegin(record, (GLenum)a[0].u); }
 static void run_end(thread_record *record, const GlsArgValue *) { hook_glEnd(record); }
 static void run_vertex(thread_record *record, const GlsArgValue *a) { hook_vertex(record, a[0].p); }
@@ -157,7 +152,7 @@ static void run_disable_client_state(thread_record *record, const GlsArgValue *a
 }
 
 static const char *const ARRAYS_NOT_HELD =
-    "draws from the program's vertex arrays, which a history holds only when \"Capture Vertex Arrays Calls\" "
+    "it draws from the program's vertex arrays, which a history holds only when \"Capture Vertex Arrays Calls\" "
     "was on";
 
 // The debugger's hooks by name: the counting ones run here as they run behind a debugged call;
@@ -195,48 +190,52 @@ static const int other_draws[] = {OP_glDrawPixels, OP_glBitmap,     OP_glCopyPix
 // ---------------------------------------------------------------------------------------------
 // The play
 
-enum : int { SHOWN_PRIM_COUNTERS = 16 };
+player_state *playing;
 
-struct player_state {
-    thread_record record;
-    const play_options *options;
-    play_outcome *outcome;
-    const char *path;
-    long long file_size;
+void printable(const char *text, char *out, size_t out_size)
+{
+    size_t at = 0;
+    for (const uint8_t *c = (const uint8_t *)text; *c && at + 5 < out_size; ++c) {
+        if (*c >= 0x20 && *c < 0x7F)
+            out[at++] = (char)*c;
+        else
+            at += (size_t)snprintf(out + at, out_size - at, "\\x%02X", *c);
+    }
+    out[at] = 0;
+}
 
-    int16_t row_of_opcode[GLS_OPCODE_COUNT];
-    call_kind kind[GLS_OPCODE_COUNT];
-    counting_run run[GLS_OPCODE_COUNT];
-    const char *skipped_because[GLS_OPCODE_COUNT];
-    bool skip_reported[GLS_OPCODE_COUNT];
-    int64_t state_changes[GL_CALL_COUNT];
+void tell(player_state *p, const char *format, ...)
+{
+    if (p->options->quiet)
+        return;
+    va_list arguments;
+    va_start(arguments, format);
+    fprintf(stderr, "quondale: %s: ", p->shown_path);
+    vfprintf(stderr, format, arguments);
+    fputc('\n', stderr);
+    va_end(arguments);
+}
 
-    // The counters as the frame in hand began.
-    int64_t start_rows[GL_CALL_COUNT];
-    int64_t start_state[GL_CALL_COUNT];
-    int64_t start_glu[GLU_CALL_COUNT];
-    int64_t start_wgl[WGL_CALL_COUNT];
-    int64_t start_prims[SHOWN_PRIM_COUNTERS];
-    int64_t frame_calls;
-    text_buffer info;
+void report_skip(player_state *p, int opcode, const char *why)
+{
+    if (p->skip_reported[opcode])
+        return;
+    p->skip_reported[opcode] = true;
+    tell(p, "%s skipped: %s", gls_opcode_names[opcode], why);
+}
 
-    bool prescan;
-    bool visual_seen;
-    bool viewport_seen;
-    surface_format format;
-    GLenum colour_buffer;
-    uint8_t *pixels;
+void refuse(player_state *p, const char *message)
+{
+    if (!p->refused[0])
+        snprintf(p->refused, sizeof p->refused, "%s", message);
+    glsEnable(GLS_ABORT_CALL);
+}
 
-    int groups_begun;
-    int groups_ended;
-    // The last thing the read told of was a broken statement: a text cut off inside it.
-    bool error_last;
-    bool stopped;
-    char first_error[256];
-    text_buffer unknown_names;
-};
-
-static player_state *playing;
+void note_failure(player_state *p, const char *message)
+{
+    if (!p->first_error[0])
+        snprintf(p->first_error, sizeof p->first_error, "%s", message);
+}
 
 // The sixteen primitive counters lie one behind the other from prim_points to prim_polygons.
 static int64_t *prim_counters(per_proc *proc) { return &proc->prim_points; }
@@ -350,8 +349,9 @@ static void end_frame(player_state *p, bool swapped)
             options->on_frame(&stats, p->pixels, p->format.width, p->format.height, options->user);
     }
     snapshot(p);
-    if (options->progress && p->file_size > 0)
-        options->progress((double)glsGetConsumedBytes() / (double)p->file_size, number, options->user);
+    if (options->progress)
+        options->progress(p->history_size > 0 ? (double)history_bytes_read(p) / (double)p->history_size : -1, number,
+                          options->user);
     if (options->last_frame != 0 && number >= options->last_frame) {
         // Nothing behind the last frame asked for is needed: the read ends here.
         p->stopped = true;
@@ -359,19 +359,10 @@ static void end_frame(player_state *p, bool swapped)
     }
 }
 
-// A command that is not played is named once.
-static void name_skipped(player_state *p, int opcode, const char *because)
-{
-    if (p->skip_reported[opcode])
-        return;
-    p->skip_reported[opcode] = true;
-    fprintf(stderr, "quondale: %s: %s skipped: it %s\n", p->path, gls_opcode_names[opcode], because);
-}
-
-bool player_tap(int opcode, const GlsArgValue *args)
+bool player_tap(int opcode, GlsArgValue *args)
 {
     player_state *p = playing;
-    if (p->prescan)
+    if (p->prescan || p->refused[0])
         return false;
     ++p->frame_calls;
     p->error_last = false;
@@ -381,10 +372,23 @@ bool player_tap(int opcode, const GlsArgValue *args)
         ++p->state_changes[row];
     if (p->run[opcode])
         p->run[opcode](&p->record, args);
-    if (!p->skipped_because[opcode])
-        return true;
-    name_skipped(p, opcode, p->skipped_because[opcode]);
-    return false;
+    if (p->skipped_because[opcode]) {
+        report_skip(p, opcode, p->skipped_because[opcode]);
+        return false;
+    }
+    if (!guard_command(p, opcode, args) || !budget_command(p, opcode, args))
+        return false;
+    // The names these make are GL's choice: the player runs them itself to learn them.
+    if (opcode == OP_glGenLists) {
+        budget_lists_made(p, GL(glGenLists)((GLsizei)args[0].i), (GLsizei)args[0].i);
+        return false;
+    }
+    if (opcode == OP_glGenTextures) {
+        GL(glGenTextures)((GLsizei)args[0].i, (GLuint *)args[1].p);
+        budget_textures_made(p, (GLsizei)args[0].i, (const GLuint *)args[1].p);
+        return false;
+    }
+    return true;
 }
 
 // A catalogue row of a family by name, -1 for none.
@@ -436,13 +440,24 @@ static void GLS_APIENTRY on_string(const GLubyte *tag_bytes, const GLubyte *text
 static void GLS_APIENTRY on_draw_vertex_array(GLenum mode, GLenum format, GLint count, const GLvoid *data)
 {
     player_state *p = playing;
-    if (p->prescan)
+    if (p->prescan || p->refused[0])
         return;
     p->error_last = false;
     // The debugger counted the draw that the arrays' content stands for.
     ++p->frame_calls;
     hook_draw_arrays(&p->record, mode, 0, count);
-    GL(glsDrawVertexArray)(mode, format, count, data);
+    // A format GL does not take would leave it drawing from the arrays of an earlier draw.
+    if (count < 0 || (count > 0 && (!data || gls_vertex_data_bytes(format, count) == 0))) {
+        report_skip(p, OP_glsDrawVertexArray, "its format or count is none that GL draws");
+        return;
+    }
+    GlsArgValue args[4];
+    args[0].u = mode;
+    args[1].u = format;
+    args[2].i = count;
+    args[3].p = data;
+    if (budget_command(p, OP_glsDrawVertexArray, args))
+        GL(glsDrawVertexArray)(mode, format, count, data);
 }
 
 static void GLS_APIENTRY on_error(GLSopcode opcode, GLSenum error)
@@ -453,7 +468,7 @@ static void GLS_APIENTRY on_error(GLSopcode opcode, GLSenum error)
     bool known = opcode > 0 && gls_opcode_exists(opcode);
     // An empty list where the count asks for data stands for a null pointer of the program's.
     if (known && gls_current()->readEmptyItem) {
-        name_skipped(p, opcode, "holds no data where its count asks for some (a null pointer of the program's)");
+        report_skip(p, opcode, "holds no data where its count asks for some (a null pointer of the program's)");
         return;
     }
     p->error_last = true;
@@ -477,7 +492,9 @@ static void GLS_APIENTRY on_unsupported(const GLubyte *command)
     if (names->data && strstr(names->data, mark))
         return;
     text_append(names, mark);
-    fprintf(stderr, "quondale: %s: unknown command %s skipped\n", p->path, (const char *)command);
+    char shown[GLS_NAME_LIMIT * 4 + 8];
+    printable((const char *)command, shown, sizeof shown);
+    tell(p, "unknown command %s skipped", shown);
 }
 
 static void GLS_APIENTRY on_begin_group(GLint major, GLint minor)
@@ -511,13 +528,13 @@ static void judge_commands(player_state *p)
         const GlsCommandDesc *command = &gls_command_descs[op];
         for (int i = 0; i < command->count; ++i)
             if (command->args[i].kind == GLS_ARG_POINTER)
-                p->skipped_because[op] = "points into the program's memory, which the history does not hold";
+                p->skipped_because[op] = "it points into the program's memory, which the history does not hold";
     }
     for (int op : other_draws)
         p->kind[op] = KIND_DRAW;
     // The history's images are tight: the layout the program gave its memory is no longer theirs.
     for (int op : {OP_glPixelStoref, OP_glPixelStorei})
-        p->skipped_because[op] = "lays out the program's memory; the history's images are tight";
+        p->skipped_because[op] = "it lays out the program's memory; the history's images are tight";
     // The debugger counts a call on the row whose wrapper serves the opcode: the last one installed.
     for (const CallRowOpcode &entry : wrapper_of_opcode_rows)
         p->row_of_opcode[entry.opcode] = (int16_t)entry.row;
@@ -534,6 +551,9 @@ static void install_hooks()
     glsCommandFunc(GLS_CALL_FUNC, OP_glsUnsupportedCommand, (GlsFunc)on_unsupported);
     glsCommandFunc(GLS_CALL_FUNC, OP_glsBeginGLS, (GlsFunc)on_begin_group);
     glsCommandFunc(GLS_CALL_FUNC, OP_glsEndGLS, (GlsFunc)on_end_group);
+    glsCommandFunc(GLS_CALL_FUNC, OP_glsCallStream, (GlsFunc)call_stream);
+    // Every stream is opened here and read through the read function.
+    glsReadFunc(read_stream_bytes);
 }
 
 static bool fail(play_outcome *outcome, const char *format, const char *path, const char *detail)
@@ -574,16 +594,66 @@ static bool codec_ready()
     return ready == 1;
 }
 
+// What the frame takes: the colour buffers, depth and stencil, accumulation, and its copy here.
+static uint64_t frame_bytes(const surface_format *format)
+{
+    uint64_t pixels = (uint64_t)format->width * (uint64_t)format->height;
+    bool accum = format->accum_bits[0] + format->accum_bits[1] + format->accum_bits[2] + format->accum_bits[3] > 0;
+    return pixels * ((format->double_buffer ? 8 : 4) + 4 + (accum ? 8 : 0) + 3);
+}
+
+static void play_stream(player_state *p)
+{
+    play_outcome *outcome = p->outcome;
+    char error[256] = "";
+    bool out_of_bytes = false;
+    surface_format got = p->format;
+    char what[64];
+    snprintf(what, sizeof what, "a %dx%d frame", p->format.width, p->format.height);
+    if (!budget_take(p, frame_bytes(&p->format), what))
+        return;
+    if (!surface_open(&p->format, &got, error, sizeof error)) {
+        fail(outcome, "%s: no GL context for it: %s", p->shown_path, error);
+        return;
+    }
+    for (const int32_t *op = gls_bind_list; *op != 0; ++op) {
+        GlsFunc real = surface_lookup(gls_opcode_names[*op]);
+        gls_default_dispatch[*op] = real ? real : gls_null_funcs[*op];
+    }
+    GLint draw_buffer = GL_BACK;
+    GL(glGetIntegerv)(GL_DRAW_BUFFER, &draw_buffer);
+    p->colour_buffer = (GLenum)draw_buffer;
+    p->pixels = (uint8_t *)calloc((size_t)p->format.width * p->format.height, 3);
+    if (!p->pixels) {
+        fail(outcome, "%s: %s", p->shown_path, "no memory for the frame");
+    } else {
+        budget_start(p);
+        snapshot(p);
+        glsCallStream((const GLubyte *)"");
+        out_of_bytes = glsGetError() == GLS_DECODE_ERROR;
+        if (!p->stopped && p->frame_calls > 0)
+            end_frame(p, false);
+    }
+    surface_close();
+    // GL is gone: nothing holds the player's areas any more.
+    guard_end(p);
+    if (!outcome->error[0] && p->pixels) {
+        if (p->refused[0])
+            fail(outcome, "%s: %s", p->shown_path, p->refused);
+        // A stream may just end between statements, as the history of a program that exits
+        // does; it ends in the middle when its last statement is cut off or the binary loop runs
+        // out of bytes.
+        else if (!p->stopped && p->groups_begun != p->groups_ended && (out_of_bytes || p->error_last))
+            fail(outcome, "%s ends in the middle of a stream%s", p->shown_path, "");
+        else if (p->first_error[0])
+            fail(outcome, "%s: %s", p->shown_path, p->first_error);
+    }
+}
+
 bool play_history(const char *path, const play_options *options, play_outcome *outcome)
 {
     *outcome = play_outcome{};
     default_surface_format(&outcome->format);
-    FILE *file = fopen(path, "rb");
-    if (!file)
-        return fail(outcome, "cannot open %s: %s", path, strerror(errno));
-    long long size = fseek(file, 0, SEEK_END) == 0 ? (long long)ftell(file) : -1;
-    fclose(file);
-
     player_state *p = (player_state *)calloc(1, sizeof(player_state));
     if (!p || !set_up_records(p, outcome) || !codec_ready()) {
         free(p);
@@ -592,67 +662,43 @@ bool play_history(const char *path, const play_options *options, play_outcome *o
     p->options = options;
     p->outcome = outcome;
     p->path = path;
-    p->file_size = size;
+    printable(path, p->shown_path, sizeof p->shown_path);
+    p->budget.memory_limit = (options->memory_budget_mb > 0 ? options->memory_budget_mb : PLAY_MEMORY_BUDGET_MB) << 20;
+    p->budget.time_limit = options->time_budget_s > 0 ? options->time_budget_s : (double)PLAY_TIME_BUDGET_S;
     judge_commands(p);
-    playing = p;
-    GLuint codec_context = glsGenContext();
-    glsContext(codec_context);
-    install_hooks();
-
-    bool played = false, out_of_bytes = false;
-    // First the records of the pixel format, executing nothing: the context is made for them.
-    p->prescan = true;
-    default_surface_format(&p->format);
-    if (glsCallStream((const GLubyte *)path) == GLS_NONE) {
-        fail(outcome, "%s is not a GLS stream%s", path, size == 0 ? " (the file is empty)" : "");
-    } else {
-        glsGetError();
-        p->prescan = false;
-        p->groups_begun = p->groups_ended = 0;
-        char error[256] = "";
-        surface_format got = p->format;
-        if (!surface_open(&p->format, &got, error, sizeof error)) {
-            fail(outcome, "%s: no GL context for it: %s", path, error);
+    if (open_history(p, path, outcome->error, sizeof outcome->error)) {
+        playing = p;
+        GLuint codec_context = glsGenContext();
+        glsContext(codec_context);
+        install_hooks();
+        // First the records of the pixel format, executing nothing: the context is made for them.
+        p->prescan = true;
+        default_surface_format(&p->format);
+        if (glsCallStream((const GLubyte *)"") == GLS_NONE) {
+            bool empty = p->streams[0].seekable && p->history_size == 0;
+            fail(outcome, "%s is not a GLS stream%s", p->shown_path, empty ? " (the file is empty)" : "");
         } else {
-            for (const int32_t *op = gls_bind_list; *op != 0; ++op) {
-                GlsFunc real = surface_lookup(gls_opcode_names[*op]);
-                gls_default_dispatch[*op] = real ? real : gls_null_funcs[*op];
-            }
-            GLint draw_buffer = GL_BACK;
-            GL(glGetIntegerv)(GL_DRAW_BUFFER, &draw_buffer);
-            p->colour_buffer = (GLenum)draw_buffer;
-            p->pixels = (uint8_t *)malloc((size_t)p->format.width * p->format.height * 3);
-            if (!p->pixels) {
-                fail(outcome, "%s: %s", path, "no memory for the frame");
-            } else {
-                snapshot(p);
-                glsCallStream((const GLubyte *)path);
-                out_of_bytes = glsGetError() == GLS_DECODE_ERROR;
-                if (!p->stopped && p->frame_calls > 0)
-                    end_frame(p, false);
-                played = true;
-            }
-            surface_close();
+            glsGetError();
+            rewind_history(p);
+            p->prescan = false;
+            p->groups_begun = p->groups_ended = 0;
+            play_stream(p);
         }
+        outcome->format = p->format;
+        playing = nullptr;
+        // Deleted while current, the codec context goes when it stops being current.
+        glsDeleteContext(codec_context);
+        glsContext(0);
     }
-    outcome->format = p->format;
-    // A stream may just end between statements, as the history of a program that exits does; it
-    // ends in the middle when its last statement is cut off or the binary loop runs out of bytes.
-    if (played && !p->stopped && p->groups_begun != p->groups_ended && (out_of_bytes || p->error_last))
-        played = fail(outcome, "%s ends in the middle of a stream%s", path, "");
-    if (played && p->first_error[0])
-        played = fail(outcome, "%s: %s", path, p->first_error);
-    playing = nullptr;
-    // Deleted while current, the codec context goes when it stops being current.
-    glsDeleteContext(codec_context);
-    glsContext(0);
+    budget_end(p);
+    close_streams(p);
     free(p->pixels);
     free(p->record.per_proc);
     free(p->record.per_gl);
     text_free(&p->info);
     text_free(&p->unknown_names);
     free(p);
-    return played;
+    return outcome->error[0] == 0;
 }
 
 void free_play_outcome(play_outcome *outcome)

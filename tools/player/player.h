@@ -51,16 +51,23 @@ struct frame_stats {
 // A frame's end: its figures and its colour buffer, RGB rows from the bottom up.
 typedef void (*frame_func)(const frame_stats *stats, const uint8_t *rgb, int width, int height, void *user);
 
+// The budgets a play has when its options give none: the most memory it asks GL to hold and the
+// longest it runs; a command that would pass one stops the play.
+enum : uint64_t { PLAY_MEMORY_BUDGET_MB = 2048, PLAY_TIME_BUDGET_S = 600 };
+
 struct play_options {
     int first_frame; // frames handed to on_frame and counted in the totals
     int last_frame;  // 0: to the end; the play stops behind it
     frame_func on_frame;
-    // Now and then: the part of the file read so far.
+    // Now and then: the part of the file read so far (negative for a pipe), and the frames ended.
     void (*progress)(double fraction, int frames, void *user);
     void *user;
+    uint64_t memory_budget_mb; // 0: PLAY_MEMORY_BUDGET_MB
+    double time_budget_s;      // 0: PLAY_TIME_BUDGET_S
+    bool quiet;                // the commands skipped are not told on the standard error
 };
 
-enum : int { PLAY_ERROR_SIZE = 512 };
+enum : int { PLAY_ERROR_SIZE = 1100 };
 
 struct play_outcome {
     int frames;      // frames handed over
@@ -74,6 +81,7 @@ struct play_outcome {
 };
 
 // Plays the file. False with outcome->error set when the file is missing, is no GLS stream, has
-// broken commands or ends in the middle; the frames before are handed over all the same.
+// broken commands, calls streams it cannot read, ends in the middle or would pass a budget; the
+// frames before are handed over all the same.
 bool play_history(const char *path, const play_options *options, play_outcome *outcome);
 void free_play_outcome(play_outcome *outcome);
