@@ -210,7 +210,7 @@ void rewind_history(player_state *p);
 void close_streams(player_state *p);
 uint64_t history_bytes_read(const player_state *p);
 size_t read_stream_bytes(size_t count, void *bytes);
-GLSenum call_stream(const GLubyte *name);
+GLSenum GLS_APIENTRY call_stream(const GLubyte *name);
 
 // The guard (guard.cpp): false when the command is skipped or the play stopped; it may point the
 // command's arguments at areas of its own.

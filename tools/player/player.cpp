@@ -468,7 +468,7 @@ static void GLS_APIENTRY on_error(GLSopcode opcode, GLSenum error)
     bool known = opcode > 0 && gls_opcode_exists(opcode);
     // An empty list where the count asks for data stands for a null pointer of the program's.
     if (known && gls_current()->readEmptyItem) {
-        report_skip(p, opcode, "holds no data where its count asks for some (a null pointer of the program's)");
+        report_skip(p, opcode, "it holds no data where its count asks for some (a null pointer of the program's)");
         return;
     }
     p->error_last = true;

@@ -186,7 +186,7 @@ size_t read_stream_bytes(size_t count, void *bytes)
 
 // glsCallStream in a stream: the name is looked up beside the calling history, opened by the
 // player and read through the read function, as the history itself is.
-GLSenum call_stream(const GLubyte *name_bytes)
+GLSenum GLS_APIENTRY call_stream(const GLubyte *name_bytes)
 {
     player_state *p = playing;
     const char *name = (const char *)name_bytes;
