@@ -25,7 +25,7 @@ echo "== diff of the two" >> "$transcript"
 echo "exit ${PIPESTATUS[0]}" >> "$transcript"
 echo "== diff with frame 5's glTranslatef(-1.7, 0, 0) made (-1.2, 0, 0) in B" >> "$transcript"
 awk '/^glsString\("Info", "wglSwapBuffers"\);/ { ++frame }
-     frame == 4 && $0 == "glTranslatef(-1.7, 0, 0);" { $0 = "glTranslatef(-1.2, 0, 0);" } { print }' "$b" > "$work/changed.gls"
+     frame == 4 && /^glTranslatef\(-1\.7, 0, 0\);/ { sub(/-1\.7/, "-1.2") } { print }' "$b" > "$work/changed.gls"
 "$player" diff "$a" "$work/changed.gls" --out "$work/changed" 2>>"$work/diff.log" | grep -v diff.html |
     sed -E 's/[0-9]+ pixels differ/N pixels differ/' >> "$transcript"
 echo "exit ${PIPESTATUS[0]}" >> "$transcript"

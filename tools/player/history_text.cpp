@@ -1,23 +1,12 @@
 #include "tools/player/history_text.h"
 
+#include "tools/player/text_buffer.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 static const char SWAP_NOTE[] = "glsString(\"Info\", \"wglSwapBuffers\");";
-
-template <typename T> static bool grow(T **items, int count, int *capacity)
-{
-    if (count < *capacity)
-        return true;
-    int more = *capacity ? *capacity * 2 : 1024;
-    T *grown = (T *)realloc(*items, (size_t)more * sizeof(T));
-    if (!grown)
-        return false;
-    *items = grown;
-    *capacity = more;
-    return true;
-}
 
 size_t command_name_length(const char *command, size_t length)
 {
@@ -56,13 +45,13 @@ static bool split(history_text *text)
         }
         at += at < text->size;
         command.length = (uint32_t)(at - command.offset);
-        if (!grow(&text->commands, text->count, &capacity))
+        if (!grow_items(&text->commands, text->count, &capacity))
             return false;
         text->commands[text->count++] = command;
         bool swap = command.length == sizeof SWAP_NOTE - 1 && memcmp(data + command.offset, SWAP_NOTE, command.length) == 0;
         calls_since_swap |= strncmp(data + command.offset, "gls", 3) != 0;
         if (swap || (at >= text->size && calls_since_swap)) {
-            if (!grow(&text->frame_ends, text->frames, &frame_capacity))
+            if (!grow_items(&text->frame_ends, text->frames, &frame_capacity))
                 return false;
             text->frame_ends[text->frames++] = text->count;
             calls_since_swap = false;

@@ -300,14 +300,8 @@ static bool wants_draws(int frame, void *user)
 static void keep_draw(const draw_stats *stats, const uint8_t *rgb, int width, int height, void *user)
 {
     report_run *run = (report_run *)user;
-    if (run->draw_count == run->draw_capacity) {
-        int capacity = run->draw_capacity ? run->draw_capacity * 2 : 64;
-        draw_stats *grown = (draw_stats *)realloc(run->draws, capacity * sizeof(draw_stats));
-        if (!grown)
-            return;
-        run->draws = grown;
-        run->draw_capacity = capacity;
-    }
+    if (!grow_items(&run->draws, run->draw_count, &run->draw_capacity))
+        return;
     run->draws[run->draw_count++] = *stats;
     text_buffer png = {}, small_png = {};
     png_from_rgb(rgb, width, height, &png);
@@ -367,14 +361,8 @@ static bool write_draws_pages(report_run *run, const char *history, int frames_s
 static void keep_frame(const frame_stats *stats, const uint8_t *rgb, int width, int height, void *user)
 {
     report_run *run = (report_run *)user;
-    if (run->count == run->capacity) {
-        int capacity = run->capacity ? run->capacity * 2 : 64;
-        report_frame *grown = (report_frame *)realloc(run->frames, capacity * sizeof(report_frame));
-        if (!grown)
-            return;
-        run->frames = grown;
-        run->capacity = capacity;
-    }
+    if (!grow_items(&run->frames, run->count, &run->capacity))
+        return;
     report_frame *frame = &run->frames[run->count++];
     *frame = report_frame{};
     frame->stats = *stats;
