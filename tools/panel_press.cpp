@@ -4,7 +4,9 @@
 // beside it) to show "Halted", prints its four texts, and clicks BUTTON (halt, continue, step,
 // skip, the history box; look only looks). `panel_press stress SECONDS [PROCESS]` then presses
 // Halt, Step, Skip and Continue at random for SECONDS, and Continue at the end; it fails if the
-// panel goes away meanwhile.
+// panel goes away meanwhile. `panel_press continue-all SECONDS PROCESS` presses Continue on every
+// control window of PROCESS that halts, for SECONDS; `panel_press quit SECONDS PROCESS` chooses
+// File > Quit on its control window, halted or not.
 #include <windows.h>
 
 #include "panel/resource.h"
@@ -24,6 +26,7 @@ struct button_name {
 static const button_name buttons[] = {
     {"look", 0},  {"halt", IDC_HALT}, {"continue", IDC_CONTINUE},
     {"step", IDC_STEP}, {"skip", IDC_SKIP}, {"history", IDC_HISTORY}, {"stress", -2},
+    {"continue-all", -3}, {"quit", -4},
 };
 
 static DWORD wanted_process;       // 0: any
@@ -61,6 +64,22 @@ static void text_of(HWND dialog, int id, char *text, int size)
     SendDlgItemMessageA(dialog, id, WM_GETTEXT, (WPARAM)size, (LPARAM)text);
 }
 
+// Every halted control window of the process gets Continue, the first and those of later threads.
+static BOOL CALLBACK continue_halted(HWND window, LPARAM presses)
+{
+    HWND found = nullptr;
+    match_control_window(window, (LPARAM)&found);
+    char status[64];
+    if (found) {
+        text_of(found, IDC_STATUS, status, sizeof status);
+        if (strcmp(status, "Halted") == 0) {
+            SendDlgItemMessageA(found, IDC_CONTINUE, BM_CLICK, 0, 0);
+            ++*(int *)presses;
+        }
+    }
+    return TRUE;
+}
+
 // Presses at random, as an impatient person would, then lets the program run on.
 static int stress(HWND control, DWORD limit)
 {
@@ -88,7 +107,7 @@ int main(int argc, char **argv)
         if (argc > 1 && strcmp(argv[1], known.name) == 0)
             button = known.id;
     if (button == -1) {
-        fprintf(stderr, "usage: panel_press look|halt|continue|step|skip|history|stress [SECONDS [PROCESS]]\n");
+        fprintf(stderr, "usage: panel_press look|halt|continue|step|skip|history|stress|continue-all|quit [SECONDS [PROCESS]]\n");
         return 2;
     }
     DWORD limit = (argc > 2 ? (DWORD)atoi(argv[2]) : 60) * 1000;
@@ -97,11 +116,25 @@ int main(int argc, char **argv)
     else
         wanted_process = argc > 3 ? (DWORD)strtoul(argv[3], nullptr, 10) : 0;
     DWORD start = GetTickCount();
+    if (button == -3) {
+        int presses = 0;
+        while (GetTickCount() - start < limit) {
+            EnumWindows(continue_halted, (LPARAM)&presses);
+            Sleep(50);
+        }
+        printf("%d presses\n", presses);
+        return 0;
+    }
     HWND control = nullptr;
     char status[256] = "";
     while (GetTickCount() - start < limit) {
         control = nullptr;
         EnumWindows(match_control_window, (LPARAM)&control);
+        if (control && button == -4) {
+            // Posted: the program ends before a sent message would come back.
+            PostMessageA(control, WM_COMMAND, IDM_QUIT, 0);
+            return 0;
+        }
         if (control) {
             text_of(control, IDC_STATUS, status, sizeof status);
             if (strcmp(status, "Halted") == 0)

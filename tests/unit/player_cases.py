@@ -71,6 +71,8 @@ cases = [
      {'cwd': '$DATA', 'env': {'GLS_READ_PREFIX_LIST': '$DATA/evil/'}}),
     ('names from the stream are escaped', ['play', '$DATA/escape.gls'], {'on': 'native'}),
     ('names from the stream are escaped, and no Windows file name', ['play', '$DATA/escape.gls'], {'on': 'windows'}),
+    ('a history that is not there is named alone', ['play', '$DATA/missing.gls'], {}),
+    ('an --out folder is made with its parents', ['play', '$DATA/frames3.gls', '--out', '$TMP/out/new/deeper'], {}),
     ('frames from the second to the end', ['play', '$DATA/frames3.gls', '--frames', '2-'], {}),
     ('a range that ends before it starts', ['play', '$DATA/frames3.gls', '--frames', '4-0'], {'on': 'native'}),
     ('frames beyond the end', ['play', '$DATA/frames3.gls', '--frames', '2-9'], {'on': 'native'}),

@@ -1,10 +1,12 @@
 // quondale_player play HISTORY [--out DIR] [--frames A-B] [--raw] [BUDGETS]
-// quondale_player report HISTORY [--out DIR] [--frames A-B] [BUDGETS]
+// quondale_player report HISTORY [--out DIR] [--frames A-B] [--draws FRAME[,FRAME...]] [BUDGETS]
+// quondale_player diff A B [--out DIR] [--frames A-B]
 // BUDGETS: --memory-budget MB --time-budget SECONDS
 // play writes DIR/frame-NNNN.png at each frame's end (and with --raw also frame-NNNN.rgb, the rows
 // from the bottom up as glReadPixels gives them); report writes DIR/report.html. Exit codes: 0
 // played to the end, 1 the history could not be played whole or has not the frames asked for
-// (the frames before are kept), 2 a wrong command line.
+// (the frames before are kept), 2 a wrong command line. diff: 0 the same, 1 they differ, 2 bad input.
+#include "tools/player/diff.h"
 #include "tools/player/player.h"
 #include "tools/player/png.h"
 #include "tools/player/report.h"
@@ -18,18 +20,35 @@
 #if defined(_WIN32)
 #  include <direct.h>
 #  include <io.h>
-static bool make_folder(const char *path) { return _mkdir(path) == 0 || errno == EEXIST; }
+static bool make_one_folder(const char *path) { return _mkdir(path) == 0 || errno == EEXIST; }
 static bool on_terminal() { return _isatty(_fileno(stderr)); }
 static const char separator = '\\';
 #else
 #  include <sys/stat.h>
 #  include <unistd.h>
-static bool make_folder(const char *path) { return mkdir(path, 0777) == 0 || errno == EEXIST; }
+static bool make_one_folder(const char *path) { return mkdir(path, 0777) == 0 || errno == EEXIST; }
 static bool on_terminal() { return isatty(fileno(stderr)); }
 static const char separator = '/';
 #endif
 
-enum : int { THUMBNAIL_WIDTH = 160, PATH_SIZE = 4096 };
+// The folder with the folders above it that are not there yet.
+static bool make_folder(const char *path)
+{
+    char parent[4096];
+    snprintf(parent, sizeof parent, "%s", path);
+    for (char *at = parent + 1; *at; ++at) {
+        char kept = *at;
+        if ((kept != '/' && kept != separator) || at[-1] == ':' || at[-1] == '/' || at[-1] == separator)
+            continue;
+        *at = 0;
+        if (!make_one_folder(parent))
+            return false;
+        *at = kept;
+    }
+    return make_one_folder(path);
+}
+
+enum : int { THUMBNAIL_WIDTH = 160, PATH_SIZE = 4096, DRAW_FRAMES = 64 };
 
 struct command_line {
     const char *command;
@@ -41,17 +60,21 @@ struct command_line {
     bool frames_asked;
     uint64_t memory_budget_mb;
     double time_budget_s;
+    const char *other; // diff's B
+    int draw_frames[DRAW_FRAMES];
+    int draw_frame_count;
 };
 
-// The longest file name the player writes into the --out folder, "frame-NNNNNNNNN.png".
-static const size_t FILE_NAME_ROOM = 24;
+// The longest file name the player writes into the --out folder, "frame-NNNNNNNNN-draw-NNNNNNNNN-small.png".
+static const size_t FILE_NAME_ROOM = 40;
 
 static int usage(const char *problem)
 {
     if (problem)
         fprintf(stderr, "quondale: %s\n", problem);
     fprintf(stderr, "usage: quondale_player play HISTORY.gls [--out DIR] [--frames A-B] [--raw] [BUDGETS]\n"
-                    "       quondale_player report HISTORY.gls [--out DIR] [--frames A-B] [BUDGETS]\n"
+                    "       quondale_player report HISTORY.gls [--out DIR] [--frames A-B] [--draws FRAME[,FRAME...]] [BUDGETS]\n"
+                    "       quondale_player diff A.gls B.gls [--out DIR] [--frames A-B]\n"
                     "BUDGETS: --memory-budget MB (%llu) --time-budget SECONDS (%llu)\n",
             (unsigned long long)PLAY_MEMORY_BUDGET_MB, (unsigned long long)PLAY_TIME_BUDGET_S);
     return 2;
@@ -89,14 +112,16 @@ static bool read_range(const char *text, int *first, int *last)
 
 static bool read_command_line(int argc, char **argv, command_line *line, const char **problem)
 {
-    *line = command_line{nullptr, nullptr, ".", 1, 0, false, false, 0, 0};
-    if (argc < 3 || (strcmp(argv[1], "play") != 0 && strcmp(argv[1], "report") != 0)) {
+    *line = command_line{nullptr, nullptr, ".", 1, 0, false, false, 0, 0, nullptr, {}, 0};
+    bool diff = argc >= 4 && strcmp(argv[1], "diff") == 0;
+    if (!diff && (argc < 3 || (strcmp(argv[1], "play") != 0 && strcmp(argv[1], "report") != 0))) {
         *problem = nullptr;
         return false;
     }
     line->command = argv[1];
     line->history = argv[2];
-    for (int i = 3; i < argc; ++i) {
+    line->other = diff ? argv[3] : nullptr;
+    for (int i = diff ? 4 : 3; i < argc; ++i) {
         if (strcmp(argv[i], "--out") == 0 && i + 1 < argc) {
             line->out = argv[++i];
         } else if (strcmp(argv[i], "--frames") == 0 && i + 1 < argc) {
@@ -105,9 +130,27 @@ static bool read_command_line(int argc, char **argv, command_line *line, const c
                 *problem = "--frames takes A-B, A- or A, with 1 <= A <= B";
                 return false;
             }
+        } else if (strcmp(argv[i], "--draws") == 0 && i + 1 < argc && strcmp(line->command, "report") == 0) {
+            for (const char *at = argv[++i]; *at; at += *at == ',') {
+                char number[12] = "";
+                size_t length = strcspn(at, ",");
+                long frame;
+                if (length >= sizeof number || line->draw_frame_count == DRAW_FRAMES) {
+                    *problem = "--draws takes at most 64 frames";
+                    return false;
+                }
+                memcpy(number, at, length);
+                at += length;
+                if (!read_number(number, 100000000, &frame)) {
+                    *problem = "--draws takes frames from 1, with commas between";
+                    return false;
+                }
+                line->draw_frames[line->draw_frame_count++] = (int)frame;
+            }
         } else if (strcmp(argv[i], "--raw") == 0 && strcmp(line->command, "play") == 0) {
             line->raw = true;
-        } else if ((strcmp(argv[i], "--memory-budget") == 0 || strcmp(argv[i], "--time-budget") == 0) && i + 1 < argc) {
+        } else if ((strcmp(argv[i], "--memory-budget") == 0 || strcmp(argv[i], "--time-budget") == 0) && i + 1 < argc &&
+                   !diff) {
             bool memory = strcmp(argv[i], "--memory-budget") == 0;
             long value;
             if (!read_number(argv[++i], memory ? 1 << 24 : 100000000, &value)) {
@@ -182,10 +225,14 @@ struct play_run {
     bool write_failed;
 };
 
-static bool write_frame_file(const char *folder, int number, const char *extension, const void *bytes, size_t size)
+// DIR/frame-NNNN.EXTENSION, or with a draw DIR/frame-NNNN-draw-NNN[-small].png.
+static bool write_frame_file(const char *folder, int number, const char *extension, const void *bytes, size_t size,
+                             int draw = 0)
 {
     char path[PATH_SIZE];
-    int length = snprintf(path, sizeof path, "%s%cframe-%04d.%s", folder, separator, number, extension);
+    int length = draw ? snprintf(path, sizeof path, "%s%cframe-%04d-draw-%03d%s.png", folder, separator, number, draw,
+                                 extension)
+                      : snprintf(path, sizeof path, "%s%cframe-%04d.%s", folder, separator, number, extension);
     if (length < 0 || length >= (int)sizeof path)
         return false;
     text_buffer file = {(char *)bytes, size, size, false};
@@ -216,24 +263,106 @@ static void play_progress(double fraction, int frames, void *user)
 // ---------------------------------------------------------------------------------------------
 // report
 
+// The name of the history without its folders, for the page's title.
+static const char *base_name(const char *path)
+{
+    const char *name = path;
+    for (const char *at = path; *at; ++at)
+        if (*at == '/' || *at == '\\')
+            name = at + 1;
+    return name;
+}
+
 struct report_run {
+    const command_line *line;
     progress_line progress;
     report_frame *frames;
     int count;
     int capacity;
+    draw_stats *draws;
+    int draw_count;
+    int draw_capacity;
+    int thumbnail_width;
+    int thumbnail_height;
+    bool write_failed;
 };
+
+static bool wants_draws(int frame, void *user)
+{
+    const command_line *line = ((report_run *)user)->line;
+    for (int i = 0; i < line->draw_frame_count; ++i)
+        if (line->draw_frames[i] == frame)
+            return true;
+    return false;
+}
+
+// Each draw's picture whole and as a thumbnail, beside the page of its frame's draws.
+static void keep_draw(const draw_stats *stats, const uint8_t *rgb, int width, int height, void *user)
+{
+    report_run *run = (report_run *)user;
+    if (!grow_items(&run->draws, run->draw_count, &run->draw_capacity))
+        return;
+    run->draws[run->draw_count++] = *stats;
+    text_buffer png = {}, small_png = {};
+    png_from_rgb(rgb, width, height, &png);
+    uint8_t *small = nullptr;
+    if (shrink_rgb(rgb, width, height, THUMBNAIL_WIDTH, &small, &run->thumbnail_width, &run->thumbnail_height))
+        png_from_rgb(small, run->thumbnail_width, run->thumbnail_height, &small_png);
+    bool written = !png.failed && small && !small_png.failed &&
+                   write_frame_file(run->line->out, stats->frame, "", png.data, png.length, stats->number) &&
+                   write_frame_file(run->line->out, stats->frame, "-small", small_png.data, small_png.length,
+                                    stats->number);
+    if (!written && !run->write_failed)
+        fprintf(stderr, "quondale: could not write the pictures of frame %d's draws into %s\n", stats->frame,
+                run->line->out);
+    run->write_failed |= !written;
+    free(small);
+    text_free(&png);
+    text_free(&small_png);
+}
+
+// The page of each frame whose draws were asked for; false when one could not be written.
+static bool write_draws_pages(report_run *run, const char *history, int frames_seen)
+{
+    history_text text;
+    bool is_text = read_history_text(history, &text);
+    bool written = !run->write_failed;
+    for (int i = 0; i < run->line->draw_frame_count; ++i) {
+        int frame = run->line->draw_frames[i], first = 0;
+        if (frame > frames_seen) {
+            fprintf(stderr, "quondale: the history has %d frames: no draws of frame %d\n", frames_seen, frame);
+            written = false;
+            continue;
+        }
+        while (first < run->draw_count && run->draws[first].frame != frame)
+            ++first;
+        int count = 0;
+        while (first + count < run->draw_count && run->draws[first + count].frame == frame)
+            ++count;
+        draws_input input = {base_name(history), frame, run->draws + first, count, run->thumbnail_width,
+                             run->thumbnail_height, is_text ? &text : nullptr};
+        text_buffer html = {};
+        build_draws_page(&input, &html);
+        char path[PATH_SIZE];
+        snprintf(path, sizeof path, "%s%cframe-%04d-draws.html", run->line->out, separator, frame);
+        if (!text_write_file(&html, path)) {
+            fprintf(stderr, "quondale: could not write %s\n", path);
+            written = false;
+        }
+        text_free(&html);
+        for (int f = 0; f < run->count; ++f)
+            run->frames[f].draws_page |= run->frames[f].stats.number == frame;
+    }
+    if (is_text)
+        free_history_text(&text);
+    return written;
+}
 
 static void keep_frame(const frame_stats *stats, const uint8_t *rgb, int width, int height, void *user)
 {
     report_run *run = (report_run *)user;
-    if (run->count == run->capacity) {
-        int capacity = run->capacity ? run->capacity * 2 : 64;
-        report_frame *grown = (report_frame *)realloc(run->frames, capacity * sizeof(report_frame));
-        if (!grown)
-            return;
-        run->frames = grown;
-        run->capacity = capacity;
-    }
+    if (!grow_items(&run->frames, run->count, &run->capacity))
+        return;
     report_frame *frame = &run->frames[run->count++];
     *frame = report_frame{};
     frame->stats = *stats;
@@ -251,15 +380,6 @@ static void report_progress(double fraction, int frames, void *user)
     show_progress(fraction, frames, &((report_run *)user)->progress);
 }
 
-// The name of the history without its folders, for the page's title.
-static const char *base_name(const char *path)
-{
-    const char *name = path;
-    for (const char *at = path; *at; ++at)
-        if (*at == '/' || *at == '\\')
-            name = at + 1;
-    return name;
-}
 
 int main(int argc, char **argv)
 {
@@ -271,8 +391,12 @@ int main(int argc, char **argv)
         fprintf(stderr, "quondale: cannot make the folder %s: %s\n", line.out, strerror(errno));
         return 1;
     }
+    if (line.other) {
+        diff_options diff = {line.history, line.other, line.out, line.first_frame, line.last_frame};
+        return diff_histories(&diff);
+    }
     play_options options = {line.first_frame, line.last_frame, nullptr, nullptr, nullptr, line.memory_budget_mb,
-                            line.time_budget_s, false};
+                            line.time_budget_s, false, nullptr, nullptr};
     play_outcome outcome;
     bool played;
     bool written = true;
@@ -285,16 +409,25 @@ int main(int argc, char **argv)
         played = play_history(line.history, &options, &outcome);
         end_progress(&run.progress);
         written = !run.write_failed;
-        fprintf(stderr, "quondale: %d frames of %dx%d written to %s\n", run.written, outcome.format.width,
-                outcome.format.height, line.out);
+        // A file that is not there has no frames to tell of.
+        if (outcome.opened)
+            fprintf(stderr, "quondale: %d frames of %dx%d written to %s\n", run.written, outcome.format.width,
+                    outcome.format.height, line.out);
     } else {
         report_run run = {};
+        run.line = &line;
         options.on_frame = keep_frame;
         options.user = &run;
+        if (line.draw_frame_count) {
+            options.wants_draws = wants_draws;
+            options.on_draw = keep_draw;
+        }
         options.progress = report_progress;
         start_progress(&run.progress);
         played = play_history(line.history, &options, &outcome);
         end_progress(&run.progress);
+        if (outcome.totals && line.draw_frame_count && outcome.opened)
+            written = write_draws_pages(&run, line.history, outcome.frames_seen);
         if (outcome.totals) {
             report_input input = {base_name(line.history), &outcome.format, run.frames,  run.count,
                                   outcome.totals,          outcome.names,   outcome.error};
@@ -302,9 +435,10 @@ int main(int argc, char **argv)
             build_report(&input, &html);
             char path[PATH_SIZE];
             snprintf(path, sizeof path, "%s%creport.html", line.out, separator);
-            written = text_write_file(&html, path);
+            bool page_written = text_write_file(&html, path);
+            written = written && page_written;
             text_free(&html);
-            if (written)
+            if (page_written)
                 printf("%s\n", path);
             else
                 fprintf(stderr, "quondale: could not write %s\n", path);
@@ -314,6 +448,7 @@ int main(int argc, char **argv)
             text_free(&run.frames[i].picture);
         }
         free(run.frames);
+        free(run.draws);
     }
     if (!played)
         fprintf(stderr, "quondale: %s\n", outcome.error);

@@ -157,6 +157,7 @@ struct player_state {
     counting_run run[GLS_OPCODE_COUNT];
     const char *skipped_because[GLS_OPCODE_COUNT];
     bool skip_reported[GLS_OPCODE_COUNT];
+    bool shown_draw[GLS_OPCODE_COUNT];
     int64_t state_changes[GL_CALL_COUNT];
 
     // The counters as the frame in hand began.
@@ -174,6 +175,12 @@ struct player_state {
     surface_format format;
     GLenum colour_buffer;
     uint8_t *pixels;
+    // In a frame whose draws were asked for: the draw whose picture waits for GL to have run it,
+    // and the buffer as the draw before it left it.
+    bool draws_frame;
+    int pending_draw;
+    int draw_number;
+    uint8_t *before;
 
     int groups_begun;
     int groups_ended;

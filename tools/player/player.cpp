@@ -187,6 +187,18 @@ static const counting_hook counting_hooks[] = {
 static const int other_draws[] = {OP_glDrawPixels, OP_glBitmap,     OP_glCopyPixels, OP_glAccum,
                                   OP_glEvalMesh1,  OP_glEvalMesh2,  OP_glEvalPoint1, OP_glEvalPoint2};
 
+static const char *const shown_draws[] = {"glEnd",         "glDrawArrays", "glDrawElements", "glsDrawVertexArray",
+                                          "glCallList",    "glCallLists",  "glDrawPixels",   "glBitmap",
+                                          "glCopyPixels",  "glClear",      "glAccum"};
+
+bool is_shown_draw(const char *name, size_t length)
+{
+    for (const char *draw : shown_draws)
+        if (strlen(draw) == length && memcmp(draw, name, length) == 0)
+            return true;
+    return false;
+}
+
 // ---------------------------------------------------------------------------------------------
 // The play
 
@@ -285,7 +297,7 @@ static void top_of(const int64_t *counts, int rows[TOP_ROWS], int64_t values[TOP
     }
 }
 
-static void read_colour_buffer(player_state *p)
+static void read_colour_buffer(player_state *p, uint8_t *pixels)
 {
     int width = p->format.width, height = p->format.height;
     GLint list = 0;
@@ -305,14 +317,45 @@ static void read_colour_buffer(player_state *p)
     GL(glPixelStorei)(GL_PACK_ALIGNMENT, 1);
     for (GLenum pname : {GL_PACK_ROW_LENGTH, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS, GL_PACK_SWAP_BYTES, GL_PACK_LSB_FIRST})
         GL(glPixelStorei)(pname, 0);
-    GL(glReadPixels)(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, p->pixels);
+    GL(glReadPixels)(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, pixels);
     if (!compiling)
         GL(glPopAttrib)();
     GL(glPopClientAttrib)();
 }
 
+// The picture of the draw in hand, once GL has run it and has left glBegin/glEnd.
+static void end_draw(player_state *p)
+{
+    if (!p->pending_draw || p->record.per_gl->in_begin_end != 0)
+        return;
+    size_t bytes = (size_t)p->format.width * p->format.height * 3;
+    read_colour_buffer(p, p->pixels);
+    draw_stats stats = {p->outcome->frames_seen + 1, ++p->draw_number, p->pending_draw, 0};
+    for (size_t i = 0; i < bytes; i += 3)
+        stats.changed += memcmp(p->pixels + i, p->before + i, 3) != 0;
+    p->options->on_draw(&stats, p->pixels, p->format.width, p->format.height, p->options->user);
+    memcpy(p->before, p->pixels, bytes);
+    p->pending_draw = 0;
+}
+
+// A frame whose draws were asked for starts from the buffer as it is.
+static void start_draws(player_state *p)
+{
+    const play_options *options = p->options;
+    p->draws_frame = options->wants_draws && options->wants_draws(p->outcome->frames_seen + 1, options->user);
+    p->draw_number = 0;
+    p->pending_draw = 0;
+    if (p->draws_frame && !p->before)
+        p->before = (uint8_t *)malloc((size_t)p->format.width * p->format.height * 3);
+    if (!p->before)
+        p->draws_frame = false;
+    else if (p->draws_frame)
+        read_colour_buffer(p, p->before);
+}
+
 static void end_frame(player_state *p, bool swapped)
 {
+    end_draw(p);
     play_outcome *outcome = p->outcome;
     const play_options *options = p->options;
     per_proc *proc = p->record.per_proc, *totals = outcome->totals;
@@ -343,12 +386,13 @@ static void end_frame(player_state *p, bool swapped)
             stats.primitives[i] = *counter - p->start_prims[counter - prim_counters(proc)];
         }
         stats.info = p->info.data ? p->info.data : "";
-        read_colour_buffer(p);
+        read_colour_buffer(p, p->pixels);
         ++outcome->frames;
         if (options->on_frame)
             options->on_frame(&stats, p->pixels, p->format.width, p->format.height, options->user);
     }
     snapshot(p);
+    start_draws(p);
     if (options->progress)
         options->progress(p->history_size > 0 ? (double)history_bytes_read(p) / (double)p->history_size : -1, number,
                           options->user);
@@ -364,6 +408,11 @@ bool player_tap(int opcode, GlsArgValue *args)
     player_state *p = playing;
     if (p->prescan || p->refused[0])
         return false;
+    if (p->draws_frame) {
+        end_draw(p);
+        if (p->shown_draw[opcode] && !p->pending_draw)
+            p->pending_draw = opcode;
+    }
     ++p->frame_calls;
     p->error_last = false;
     int row = p->row_of_opcode[opcode];
@@ -443,6 +492,10 @@ static void GLS_APIENTRY on_draw_vertex_array(GLenum mode, GLenum format, GLint 
     if (p->prescan || p->refused[0])
         return;
     p->error_last = false;
+    if (p->draws_frame) {
+        end_draw(p);
+        p->pending_draw = OP_glsDrawVertexArray;
+    }
     // The debugger counted the draw that the arrays' content stands for.
     ++p->frame_calls;
     hook_draw_arrays(&p->record, mode, 0, count);
@@ -532,6 +585,8 @@ static void judge_commands(player_state *p)
     }
     for (int op : other_draws)
         p->kind[op] = KIND_DRAW;
+    for (int op = 0; op < GLS_OPCODE_COUNT; ++op)
+        p->shown_draw[op] = gls_opcode_names[op] && is_shown_draw(gls_opcode_names[op], strlen(gls_opcode_names[op]));
     // The history's images are tight: the layout the program gave its memory is no longer theirs.
     for (int op : {OP_glPixelStoref, OP_glPixelStorei})
         p->skipped_because[op] = "it lays out the program's memory; the history's images are tight";
@@ -629,6 +684,7 @@ static void play_stream(player_state *p)
     } else {
         budget_start(p);
         snapshot(p);
+        start_draws(p);
         glsCallStream((const GLubyte *)"");
         out_of_bytes = glsGetError() == GLS_DECODE_ERROR;
         if (!p->stopped && p->frame_calls > 0)
@@ -667,6 +723,7 @@ bool play_history(const char *path, const play_options *options, play_outcome *o
     p->budget.time_limit = options->time_budget_s > 0 ? options->time_budget_s : (double)PLAY_TIME_BUDGET_S;
     judge_commands(p);
     if (open_history(p, path, outcome->error, sizeof outcome->error)) {
+        outcome->opened = true;
         playing = p;
         GLuint codec_context = glsGenContext();
         glsContext(codec_context);
@@ -693,6 +750,7 @@ bool play_history(const char *path, const play_options *options, play_outcome *o
     budget_end(p);
     close_streams(p);
     free(p->pixels);
+    free(p->before);
     free(p->record.per_proc);
     free(p->record.per_gl);
     text_free(&p->info);

@@ -51,6 +51,21 @@ struct frame_stats {
 // A frame's end: its figures and its colour buffer, RGB rows from the bottom up.
 typedef void (*frame_func)(const frame_stats *stats, const uint8_t *rgb, int width, int height, void *user);
 
+// The calls a frame's draws are told by: those that draw into the colour buffer.
+bool is_shown_draw(const char *name, size_t length);
+
+// One draw of a frame whose draws were asked for: its opcode, its place in the frame from 1, and
+// the pixels of the buffer drawn into that it changed.
+struct draw_stats {
+    int frame;
+    int number;
+    int opcode;
+    int64_t changed;
+};
+
+// A draw's end, with the buffer drawn into just after it, RGB rows from the bottom up.
+typedef void (*draw_func)(const draw_stats *stats, const uint8_t *rgb, int width, int height, void *user);
+
 // The budgets a play has when its options give none: the most memory it asks GL to hold and the
 // longest it runs; a command that would pass one stops the play.
 enum : uint64_t { PLAY_MEMORY_BUDGET_MB = 2048, PLAY_TIME_BUDGET_S = 600 };
@@ -65,6 +80,9 @@ struct play_options {
     uint64_t memory_budget_mb; // 0: PLAY_MEMORY_BUDGET_MB
     double time_budget_s;      // 0: PLAY_TIME_BUDGET_S
     bool quiet;                // the commands skipped are not told on the standard error
+    // Frames whose draws go to on_draw one by one; none when it is null.
+    bool (*wants_draws)(int frame, void *user);
+    draw_func on_draw;
 };
 
 enum : int { PLAY_ERROR_SIZE = 1100 };
@@ -72,6 +90,7 @@ enum : int { PLAY_ERROR_SIZE = 1100 };
 struct play_outcome {
     int frames;      // frames handed over
     int frames_seen; // frames ended, handed over or not
+    bool opened;     // the file named could be opened
     surface_format format;
     // The counters over the frames handed over, as the count windows show them.
     per_proc *totals;

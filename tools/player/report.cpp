@@ -2,6 +2,7 @@
 
 #include "analysis/counters.h"
 #include "panel/count_text.h"
+#include "gls/tables.h"
 #include "tools/player/png.h"
 
 #include <cctype>
@@ -78,8 +79,11 @@ static void append_rows(text_buffer *out, const master *names, const int *rows, 
 void report_frame_row(const report_frame *frame, const master *names, text_buffer *out)
 {
     const frame_stats *stats = &frame->stats;
-    text_appendf(out, "<tr id=\"frame-%d\"><td>%d%s</td><td>", stats->number, stats->number,
+    text_appendf(out, "<tr id=\"frame-%d\"><td>%d%s", stats->number, stats->number,
                  stats->swapped ? "" : "<br><small>(end)</small>");
+    if (frame->draws_page)
+        text_appendf(out, "<br><a href=\"frame-%04d-draws.html\">draws</a>", stats->number);
+    text_append(out, "</td><td>");
     if (frame->picture.length) {
         text_appendf(out, "<img width=\"%d\" height=\"%d\" alt=\"frame %d\" src=\"data:image/png;base64,",
                      frame->picture_width, frame->picture_height, stats->number);
@@ -166,6 +170,78 @@ static void append_without_cr(text_buffer *out, const char *text)
             text_append(out, text, 1);
 }
 
+void page_head(text_buffer *html, const char *history, const char *title)
+{
+    text_append(html, "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>");
+    text_append_html(html, history);
+    text_appendf(html, " - %s</title>\n<style>\n", title);
+    text_append(html, "body { font-family: sans-serif; margin: 1.5em; color: #222; }\n"
+                      "table { border-collapse: collapse; }\n"
+                      "th, td { border: 1px solid #bbb; padding: 4px 8px; vertical-align: top; text-align: left; }\n"
+                      "th { background: #eee; }\n"
+                      "pre { margin: 0; font-size: 90%; white-space: pre-wrap; }\n"
+                      "mark { background: #fd8; }\n"
+                      ".error { color: #b00; font-weight: bold; }\n"
+                      "</style>\n</head>\n<body>\n");
+}
+
+void append_html_cut(text_buffer *out, const char *text, size_t length, size_t limit)
+{
+    text_buffer cut = {};
+    text_append(&cut, text, length < limit ? length : limit);
+    text_append(&cut, length > limit ? "...\n" : "", length > limit ? 4 : 1);
+    text_append_html(out, cut.data);
+    text_free(&cut);
+}
+
+void build_draws_page(const draws_input *input, text_buffer *html)
+{
+    page_head(html, input->history, "draws");
+    text_append(html, "<h1>");
+    text_append_html(html, input->history);
+    text_appendf(html, ": the draws of frame %d</h1>\n<p><a href=\"report.html#frame-%d\">Back to the report</a>. "
+                       "%d draws, each with the buffer drawn into just after it.</p>\n",
+                 input->frame, input->frame, input->count);
+    int at = 0, end = 0;
+    bool text = input->text && frame_commands(input->text, input->frame, &at, &end);
+    if (input->text && !text)
+        text_append(html, "<p class=\"error\">The history's text has not this frame.</p>\n");
+    text_append(html, "<table>\n<tr><th>Draw</th><th>Call</th><th>Picture</th><th>Pixels changed</th>"
+                      "<th>Calls since the draw before</th></tr>\n");
+    for (int i = 0; i < input->count; ++i) {
+        const draw_stats *draw = &input->draws[i];
+        text_appendf(html, "<tr id=\"draw-%d\"><td>%d</td><td class=\"call\">", draw->number, draw->number);
+        // The commands up to this draw's own: the draw last, the calls before it above.
+        int since = at;
+        while (text && at < end &&
+               !is_shown_draw(input->text->data + input->text->commands[at].offset,
+                              command_name_length(input->text->data + input->text->commands[at].offset,
+                                                  input->text->commands[at].length)))
+            ++at;
+        if (text && at < end) {
+            const history_command *call = &input->text->commands[at];
+            append_html_cut(html, input->text->data + call->offset, call->length, 200);
+            text_appendf(html, "<br><small>line %u</small>", call->line);
+        } else {
+            text_append(html, gls_opcode_names[draw->opcode]);
+        }
+        text_appendf(html, "</td><td><a href=\"frame-%04d-draw-%03d.png\"><img width=\"%d\" height=\"%d\" "
+                           "alt=\"after draw %d\" src=\"frame-%04d-draw-%03d-small.png\"></a></td><td>",
+                     draw->frame, draw->number, input->thumbnail_width, input->thumbnail_height, draw->number,
+                     draw->frame, draw->number);
+        append_count(html, draw->changed);
+        text_append(html, "</td><td><pre>");
+        for (int c = text ? since : at; c < at; ++c) {
+            const history_command *call = &input->text->commands[c];
+            append_html_cut(html, input->text->data + call->offset, call->length, 200);
+            text_append(html, "\n");
+        }
+        text_append(html, "</pre></td></tr>\n");
+        at += at < end;
+    }
+    text_append(html, "</table>\n</body>\n</html>\n");
+}
+
 void build_report(const report_input *input, text_buffer *html)
 {
     int64_t calls = 0, primitives = 0;
@@ -173,16 +249,8 @@ void build_report(const report_input *input, text_buffer *html)
         calls += input->frames[i].stats.calls;
         primitives += primitives_of(&input->frames[i].stats);
     }
-    text_append(html, "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>");
-    text_append_html(html, input->history);
-    text_append(html, " - quondale report</title>\n<style>\n"
-                      "body { font-family: sans-serif; margin: 1.5em; color: #222; }\n"
-                      "table { border-collapse: collapse; }\n"
-                      "th, td { border: 1px solid #bbb; padding: 4px 8px; vertical-align: top; text-align: left; }\n"
-                      "th { background: #eee; }\n"
-                      "pre { margin: 0; font-size: 90%; }\n"
-                      ".error { color: #b00; font-weight: bold; }\n"
-                      "</style>\n</head>\n<body>\n<h1>");
+    page_head(html, input->history, "quondale report");
+    text_append(html, "<h1>");
     text_append_html(html, input->history);
     text_append(html, "</h1>\n<p>");
     const surface_format *f = input->format;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 struct text_buffer {
     char *data;
@@ -20,3 +21,18 @@ void text_append_html(text_buffer *buffer, const char *text);
 void text_free(text_buffer *buffer);
 // The whole buffer into a file; false when it could not be written.
 bool text_write_file(const text_buffer *buffer, const char *path);
+
+// Room for one more item in a growing array of *capacity items; false (the array as it was) when
+// there is no memory for it.
+template <typename T> bool grow_items(T **items, int count, int *capacity)
+{
+    if (count < *capacity)
+        return true;
+    int more = *capacity ? *capacity * 2 : 64;
+    T *grown = (T *)realloc(*items, (size_t)more * sizeof(T));
+    if (!grown)
+        return false;
+    *items = grown;
+    *capacity = more;
+    return true;
+}
