@@ -292,11 +292,12 @@ static void build_page(const diff_run *run, const history_text *a, const history
 {
     const diff_options *options = run->options;
     page_head(html, options->a, "diff");
-    text_append(html, "<h1>A: ");
+    // Paths are long: they break anywhere rather than run off the page.
+    text_append(html, "<h1>Two histories compared</h1>\n<p style=\"overflow-wrap: anywhere\">A: ");
     text_append_html(html, options->a);
     text_append(html, "<br>B: ");
     text_append_html(html, options->b);
-    text_appendf(html, "</h1>\n<p>%d frames compared: %s.</p>\n", compared,
+    text_appendf(html, "</p>\n<p>%d frames compared: %s.</p>\n", compared,
                  differing ? "these differ" : "the same");
     if (!a || !b)
         text_append(html, "<p>Calls compared only in GLS text: one of them is a binary stream.</p>\n");
@@ -316,8 +317,9 @@ static void build_page(const diff_run *run, const history_text *a, const history
             text_append(html, "</tr>\n");
         }
         if (frame->pixels > 0)
-            text_appendf(html, "<tr><td><b>A</b><br><img src=\"a-%04d.png\" alt=\"A\"> <img src=\"b-%04d.png\" alt=\"B\">"
-                               "<br><b>B</b></td><td><b>The pixels that differ</b><br><a href=\"difference-%04d.png\">"
+            text_appendf(html, "<tr><td><span style=\"display: inline-block\"><b>A</b><br><img src=\"a-%04d.png\" alt=\"A\">"
+                               "</span> <span style=\"display: inline-block\"><b>B</b><br><img src=\"b-%04d.png\" alt=\"B\">"
+                               "</span></td><td><b>The pixels that differ</b><br><a href=\"difference-%04d.png\">"
                                "<img width=\"%d\" src=\"difference-%04d.png\" alt=\"difference\"></a></td></tr>\n",
                          frame->number, frame->number, frame->number, THUMBNAIL * 2, frame->number);
         text_append(html, "</table>\n");
