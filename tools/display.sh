@@ -58,35 +58,43 @@ wine_overrides() {
     esac
 }
 
-# The checks start their application on a desktop named "quondale", which Wine draws as one
-# window of this size with the frames and titles of the windows inside it.
-add_check_desktop() {
-    grep -q '"quondale"="1280x1024"' "$WINEPREFIX/user.reg" 2>/dev/null && return 0
-    "$wine_binary" reg add 'HKCU\Software\Wine\Explorer\Desktops' /v quondale /d 1280x1024 /f \
-        </dev/null >/dev/null 2>&1
-    "$wineserver_binary" -w
+# A shell command line under the Wine of 32 or 64 bits, in which "wine" and "wineserver" are its.
+wine_shell() {
+    if [ "$1" = 32 ]; then
+        wine32_exec sh -c "$2"
+    else
+        W=$wine_binary S=$wineserver_binary sh -c 'wine() { "$W" "$@"; }; wineserver() { "$S" "$@"; }; '"$2"
+    fi
 }
 
-# Creates the prefix once; a lock keeps parallel test runs from booting it twice.
+# Creates the prefix of 64 (the default) or 32 bits once; a lock keeps parallel test runs from
+# booting it twice. The checks start their application on a desktop named "quondale", which Wine
+# draws as one window of this size with the frames and titles of the windows inside it.
 ensure_prefix() {
-    [ "${1:-64}" = 32 ] && { ensure_prefix32; return; }
-    find_wine || return 1
-    if [ -f "$WINEPREFIX/system.reg" ] && grep -q '"quondale"="1280x1024"' "$WINEPREFIX/user.reg" 2>/dev/null; then
-        return 0
+    local bits=${1:-64} prefix=$WINEPREFIX what="Wine prefix"
+    if [ "$bits" = 32 ]; then
+        wine32_tree_ready || { echo "quondale: no 32-bit Wine here (run ./quondale setup)" >&2; return 1; }
+        prefix=$wine32_prefix what="32-bit Wine prefix"
+    else
+        find_wine || return 1
     fi
-    mkdir -p "$(dirname "$WINEPREFIX")"
+    local desktop='"quondale"="1280x1024"'
+    [ -f "$prefix/system.reg" ] && grep -q "$desktop" "$prefix/user.reg" 2>/dev/null && return 0
+    mkdir -p "$(dirname "$prefix")"
     (
         flock 9
-        if [ ! -f "$WINEPREFIX/system.reg" ]; then
-            echo "quondale: creating Wine prefix $WINEPREFIX" >&2
+        if [ ! -f "$prefix/system.reg" ]; then
+            echo "quondale: creating the $what $prefix" >&2
             # No Mono or Gecko: their installers would ask questions.
             WINEDEBUG=-all WINEDLLOVERRIDES=$(wine_overrides system) DISPLAY= \
-                "$wine_binary" wineboot -i </dev/null >/dev/null 2>&1
-            "$wineserver_binary" -w
+                wine_shell "$bits" 'wine wineboot -i; wineserver -w' </dev/null >/dev/null 2>&1
         fi
-        WINEDEBUG=-all DISPLAY= add_check_desktop
-    ) 9>"$WINEPREFIX.lock"
-    [ -f "$WINEPREFIX/system.reg" ] || { echo "quondale: wineboot failed for $WINEPREFIX" >&2; return 1; }
+        grep -q "$desktop" "$prefix/user.reg" 2>/dev/null ||
+            WINEDEBUG=-all DISPLAY= wine_shell "$bits" \
+                "wine reg add 'HKCU\\Software\\Wine\\Explorer\\Desktops' /v quondale /d 1280x1024 /f; wineserver -w" \
+                </dev/null >/dev/null 2>&1
+    ) 9>"$prefix.lock"
+    grep -q "$desktop" "$prefix/user.reg" 2>/dev/null || { echo "quondale: wineboot failed for $prefix" >&2; return 1; }
 }
 
 # A process and everything it started: the 32-bit Wine's program is a grandchild of nsenter.
@@ -139,24 +147,3 @@ ensure_display() {
     display_answers || start_xvfb
 }
 
-# The 32-bit prefix, made by the tree's Wine in the same way.
-ensure_prefix32() {
-    wine32_tree_ready || { echo "quondale: no 32-bit Wine here (run ./quondale setup)" >&2; return 1; }
-    if [ -f "$wine32_prefix/system.reg" ] && grep -q '"quondale"="1280x1024"' "$wine32_prefix/user.reg" 2>/dev/null; then
-        return 0
-    fi
-    mkdir -p "$(dirname "$wine32_prefix")"
-    (
-        flock 9
-        if [ ! -f "$wine32_prefix/system.reg" ]; then
-            echo "quondale: creating the 32-bit Wine prefix $wine32_prefix" >&2
-            WINEDEBUG=-all WINEDLLOVERRIDES=$(wine_overrides system) DISPLAY= \
-                wine32_exec sh -c 'wine wineboot -i; wineserver -w' </dev/null >/dev/null 2>&1
-        fi
-        WINEDEBUG=-all DISPLAY= wine32_exec sh -c \
-            "wine reg add 'HKCU\\Software\\Wine\\Explorer\\Desktops' /v quondale /d 1280x1024 /f; wineserver -w" \
-            </dev/null >/dev/null 2>&1
-    ) 9>"$wine32_prefix.lock"
-    grep -q '"quondale"="1280x1024"' "$wine32_prefix/user.reg" 2>/dev/null ||
-        { echo "quondale: wineboot failed for $wine32_prefix" >&2; return 1; }
-}
