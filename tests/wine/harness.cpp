@@ -574,17 +574,23 @@ std::string control_text(HWND dialog, int id)
     return text;
 }
 
+std::string list_row(HWND dialog, int id, int row)
+{
+    int length = (int)SendDlgItemMessageA(dialog, id, LB_GETTEXTLEN, row, 0);
+    if (length < 0)
+        return "";
+    std::string text(length + 1, '\0');
+    SendDlgItemMessageA(dialog, id, LB_GETTEXT, row, (LPARAM)&text[0]);
+    text.resize(length);
+    return text;
+}
+
 std::vector<std::string> list_rows(HWND dialog, int id)
 {
     std::vector<std::string> rows;
     int count = (int)SendDlgItemMessageA(dialog, id, LB_GETCOUNT, 0, 0);
-    for (int row = 0; row < count; ++row) {
-        int length = (int)SendDlgItemMessageA(dialog, id, LB_GETTEXTLEN, row, 0);
-        std::string text(length + 1, '\0');
-        SendDlgItemMessageA(dialog, id, LB_GETTEXT, row, (LPARAM)&text[0]);
-        text.resize(length < 0 ? 0 : length);
-        rows.push_back(text);
-    }
+    for (int row = 0; row < count; ++row)
+        rows.push_back(list_row(dialog, id, row));
     return rows;
 }
 

@@ -46,7 +46,7 @@ struct child_run {
 std::string child_temp(const char *label);
 // Starts this program as "child ARGUMENTS" with TEMP set to child_temp(label), made fresh unless
 // make_temp is false, the fatal report on standard error, and the record dump and facts files.
-child_run run_child(const char *label, const char *arguments = "", DWORD timeout_ms = 60000, bool make_temp = true);
+child_run run_child(const char *label, const char *arguments = "", DWORD timeout_ms = 150000, bool make_temp = true);
 // The next run_child's child finds text as quondale.cfg in its current directory, a folder of
 // its own.
 void child_settings(const std::string &text);
@@ -160,6 +160,8 @@ HWND need_dialog(const char *title);
 HWND control_window();
 
 std::string control_text(HWND dialog, int id);
+// One row of a list box; "" when there is no such row.
+std::string list_row(HWND dialog, int id, int row);
 std::vector<std::string> list_rows(HWND dialog, int id);
 int checked(HWND dialog, int id);
 // BM_CLICK: what a mouse click gives the panel.

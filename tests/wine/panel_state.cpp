@@ -18,10 +18,9 @@ static std::string rows_text(HWND window)
 
 static void pick(HWND select, const char *name)
 {
-    std::vector<std::string> rows = list_rows(select, IDC_STATE_LIST);
-    for (size_t row = 0; row < rows.size(); ++row)
-        if (rows[row] == name)
-            return select_row(select, IDC_STATE_LIST, (int)row);
+    int row = (int)SendDlgItemMessageA(select, IDC_STATE_LIST, LB_FINDSTRINGEXACT, (WPARAM)-1, (LPARAM)name);
+    if (row >= 0 && list_row(select, IDC_STATE_LIST, row) == name)
+        return select_row(select, IDC_STATE_LIST, row);
     check(false, "no row %s", name);
 }
 
