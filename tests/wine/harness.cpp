@@ -13,14 +13,14 @@
 
 static int failures;
 
-void check(bool condition, const char *format, ...)
+void check_at(const char *file, int line, bool condition, const char *format, ...)
 {
     if (condition)
         return;
     ++failures;
     va_list args;
     va_start(args, format);
-    printf("FAIL: ");
+    printf("%s:%d: FAIL: ", file, line);
     vprintf(format, args);
     printf("\n");
     va_end(args);
@@ -38,9 +38,10 @@ int finish(const char *name)
     return failures == 0 ? 0 : 1;
 }
 
-void check_text(const char *what, const std::string &found, const std::string &expected)
+void check_text_at(const char *file, int line, const char *what, const std::string &found,
+                   const std::string &expected)
 {
-    check(found == expected, "%s differs; found:\n%s\n-- expected:\n%s\n--", what, found.c_str(), expected.c_str());
+    check_at(file, line, found == expected, "%s differs; found:\n%s\n-- expected:\n%s\n--", what, found.c_str(), expected.c_str());
 }
 
 int child_end() { return failures ? CHILD_CHECKS_FAILED : 0; }
@@ -158,15 +159,15 @@ child_run run_child(const char *label, const char *arguments, DWORD timeout_ms, 
     return run;
 }
 
-void expect_end(const child_run &run, DWORD exit_code)
+void expect_end_at(const char *file, int line, const child_run &run, DWORD exit_code)
 {
-    check(!run.timed_out, "the child hung");
-    check(run.exit_code == exit_code, "child exit code %lu, expected %lu", (unsigned long)run.exit_code,
-          (unsigned long)exit_code);
-    check(run.errors.empty(), "the child wrote to stderr: %s", run.errors.c_str());
+    check_at(file, line, !run.timed_out, "the child hung");
+    check_at(file, line, run.exit_code == exit_code, "child exit code %lu, expected %lu",
+             (unsigned long)run.exit_code, (unsigned long)exit_code);
+    check_at(file, line, run.errors.empty(), "the child wrote to stderr: %s", run.errors.c_str());
     if (run.facts.find("driver_done=") != std::string::npos) {
-        check(fact(run, "driver_done") == 1, "the driver did not finish");
-        check(fact(run, "driver_failures") == 0, "the driver found faults");
+        check_at(file, line, fact(run, "driver_done") == 1, "the driver did not finish");
+        check_at(file, line, fact(run, "driver_failures") == 0, "the driver found faults");
     }
 }
 
@@ -733,15 +734,15 @@ bool wait_text(HWND dialog, int id, const std::string &text, DWORD timeout_ms)
     return true;
 }
 
-void expect_halt_at(HWND control, const std::string &call)
+void expect_halt_at_line(const char *file, int line, HWND control, const std::string &call)
 {
     if (!wait_text(control, IDC_STATUS, "Halted"))
-        give_up(("no halt at " + call).c_str());
+        give_up_at(file, line, ("no halt at " + call).c_str());
     std::string shown = control_text(control, IDC_LAST_CALL);
-    check(shown == call, "halted at \"%s\", expected \"%s\"", shown.c_str(), call.c_str());
+    check_at(file, line, shown == call, "halted at \"%s\", expected \"%s\"", shown.c_str(), call.c_str());
 }
 
-void give_up(const char *reason)
+void give_up_at(const char *file, int line, const char *reason)
 {
     std::string texts;
     if (HWND control = the_control_window ? the_control_window : find_dialog("quondale", 0, 0))
@@ -749,7 +750,7 @@ void give_up(const char *reason)
             texts += "\n  " + std::to_string(id) + ": \"" + control_text(control, id) + "\"";
     else
         texts = "\n  no control window";
-    printf("FAIL: %s; the panel shows:%s\n", reason, texts.c_str());
+    printf("%s:%d: FAIL: %s; the panel shows:%s\n", file, line, reason, texts.c_str());
     fflush(stdout);
     ExitProcess(CHILD_CHECKS_FAILED);
 }

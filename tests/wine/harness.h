@@ -15,13 +15,18 @@
 // ---------------------------------------------------------------------------------------------
 // Checks
 
-// A failed check prints its message at once and counts; finish() gives the exit code.
-void check(bool condition, const char *format, ...) __attribute__((format(printf, 2, 3)));
+// A failed check prints where it stands (file:line) and its message at once, and counts;
+// finish() gives the exit code. The macros below put the caller's place in.
+void check_at(const char *file, int line, bool condition, const char *format, ...)
+    __attribute__((format(printf, 4, 5)));
+#define check(...) check_at(__FILE__, __LINE__, __VA_ARGS__)
 int failure_count();
 // The check's end: its name and "passed" or the count of failures; the exit code to return.
 int finish(const char *name);
 // Compares a whole text with what was expected and shows both when they differ.
-void check_text(const char *what, const std::string &found, const std::string &expected);
+void check_text_at(const char *file, int line, const char *what, const std::string &found,
+                   const std::string &expected);
+#define check_text(...) check_text_at(__FILE__, __LINE__, __VA_ARGS__)
 
 // The child's exit code when its own checks failed; 1 is the fatal report's.
 enum : int { CHILD_CHECKS_FAILED = 2 };
@@ -52,7 +57,8 @@ child_run run_child(const char *label, const char *arguments = "", DWORD timeout
 void child_settings(const std::string &text);
 // The usual end of a child: in time, exit code, nothing on standard error, and a driver (if
 // there was one) that finished without faults.
-void expect_end(const child_run &run, DWORD exit_code = 0);
+void expect_end_at(const char *file, int line, const child_run &run, DWORD exit_code = 0);
+#define expect_end(...) expect_end_at(__FILE__, __LINE__, __VA_ARGS__)
 // Removes the child's TEMP.
 void clean_up(const child_run &run);
 
@@ -188,9 +194,11 @@ void check_layout(HWND dialog, const char *name);
 // Waits until a control shows text exactly.
 bool wait_text(HWND dialog, int id, const std::string &text, DWORD timeout_ms = PANEL_WAIT_MS);
 // Waits for "Halted" with call as the next call; without it the driver gives up.
-void expect_halt_at(HWND control, const std::string &call);
+void expect_halt_at_line(const char *file, int line, HWND control, const std::string &call);
+#define expect_halt_at(...) expect_halt_at_line(__FILE__, __LINE__, __VA_ARGS__)
 // Ends the child at once with CHILD_CHECKS_FAILED, saying why and what the control window shows.
-[[noreturn]] void give_up(const char *reason);
+[[noreturn]] void give_up_at(const char *file, int line, const char *reason);
+#define give_up(reason) give_up_at(__FILE__, __LINE__, reason)
 // The driver's last word before its final click: its failures, for the parent.
 void driver_done();
 // Presses Continue on the first halt of the program's one panel, from a thread of its own: for

@@ -15,7 +15,7 @@ function(run_traced mode trace_variable)
     ERROR_VARIABLE trace)
   if(NOT exit_code EQUAL 0)
     # The program's own reports sit among the trace lines.
-    string(REGEX MATCHALL "FAIL[^\n]*" reports "${output}${trace}")
+    string(REGEX MATCHALL "[^\n]*FAIL[^\n]*" reports "${output}${trace}")
     list(JOIN reports "\n" reports)
     message(FATAL_ERROR "FAIL: ${PROGRAM} --expect ${mode} exited with ${exit_code}\n${output}${reports}")
   endif()
