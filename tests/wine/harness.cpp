@@ -1,6 +1,7 @@
 #include "tests/wine/harness.h"
 
 #include "panel/resource.h"
+#include "tools/player/png.h"
 
 #include <algorithm>
 #include <cctype>
@@ -97,6 +98,44 @@ static std::string next_settings;
 
 void child_settings(const std::string &text) { next_settings = text; }
 
+// Every program the checks start goes through these two. A child given an error file inherits
+// the checker's output, writes its errors there, and runs on a desktop of its own, which Wine
+// draws as a window with the frames and titles of the windows inside: a screenshot shows what a
+// person sees, with no window manager needed.
+static bool start_program(std::string command, const char *folder, PROCESS_INFORMATION *process,
+                          HANDLE error_file = nullptr)
+{
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    if (error_file) {
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+        startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+        startup.hStdError = error_file;
+        startup.lpDesktop = (LPSTR)"quondale";
+    }
+    *process = {};
+    return CreateProcessA(nullptr, &command[0], nullptr, nullptr, TRUE, 0, nullptr, folder, &startup,
+                          process);
+}
+
+// Waits for a started program and gives its exit code; 99 when it did not end in time.
+static DWORD wait_program(PROCESS_INFORMATION *process, DWORD timeout_ms, bool *timed_out = nullptr)
+{
+    DWORD exit_code = 99;
+    if (WaitForSingleObject(process->hProcess, timeout_ms) == WAIT_OBJECT_0) {
+        GetExitCodeProcess(process->hProcess, &exit_code);
+    } else {
+        TerminateProcess(process->hProcess, 99);
+        WaitForSingleObject(process->hProcess, 5000);
+        if (timed_out)
+            *timed_out = true;
+    }
+    CloseHandle(process->hProcess);
+    CloseHandle(process->hThread);
+    return exit_code;
+}
+
 child_run run_child(const char *label, const char *arguments, DWORD timeout_ms, bool make_temp)
 {
     child_run run = {child_temp(label), ~0u, false, "", "", ""};
@@ -124,30 +163,12 @@ child_run run_child(const char *label, const char *arguments, DWORD timeout_ms, 
     SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
     HANDLE error_file = CreateFileA(errors.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit, CREATE_ALWAYS,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
-    startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
-    startup.hStdError = error_file;
-    // A desktop of its own, which Wine draws as a window with the frames and titles of the
-    // windows inside: a screenshot shows what a person sees, with no window manager needed.
-    startup.lpDesktop = (LPSTR)"quondale";
     char module[MAX_PATH];
     GetModuleFileNameA(nullptr, module, sizeof module);
-    std::string command = std::string("\"") + module + "\" child " + arguments;
-    PROCESS_INFORMATION process = {};
     // The work folder is the child's current directory: the panel reads quondale.cfg there.
-    if (CreateProcessA(module, &command[0], nullptr, nullptr, TRUE, 0, nullptr, work.c_str(), &startup, &process)) {
-        if (WaitForSingleObject(process.hProcess, timeout_ms) == WAIT_TIMEOUT) {
-            run.timed_out = true;
-            TerminateProcess(process.hProcess, 99);
-            WaitForSingleObject(process.hProcess, 5000);
-        }
-        GetExitCodeProcess(process.hProcess, &run.exit_code);
-        CloseHandle(process.hProcess);
-        CloseHandle(process.hThread);
-    }
+    PROCESS_INFORMATION process;
+    if (start_program(std::string("\"") + module + "\" child " + arguments, work.c_str(), &process, error_file))
+        run.exit_code = wait_program(&process, timeout_ms, &run.timed_out);
     CloseHandle(error_file);
     // The parent's own detach must not write over the child's dump.
     SetEnvironmentVariableA("QUONDALE_RECORD_DUMP", nullptr);
@@ -237,6 +258,8 @@ std::string first_sight(int width, int height)
            std::to_string(height) + "\");\n";
 }
 
+std::string expected_file(const char *name) { return read_file(program_folder() + "expected\\" + name); }
+
 std::string program_folder()
 {
     char path[MAX_PATH];
@@ -259,49 +282,13 @@ int run_self(bool with_debugger, const std::string &arguments)
         program = folder + program.substr(program.find_last_of('\\') + 1);
         check(CopyFileA(own, program.c_str(), FALSE), "cannot copy the program to %s", program.c_str());
     }
-    std::string command = "\"" + program + "\" " + arguments;
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process = {};
-    if (!CreateProcessA(program.c_str(), &command[0], nullptr, nullptr, TRUE, 0, nullptr, folder.c_str(), &startup,
-                        &process))
-        return -1;
-    WaitForSingleObject(process.hProcess, INFINITE);
-    DWORD exit_code = DWORD(-1);
-    GetExitCodeProcess(process.hProcess, &exit_code);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    return (int)exit_code;
-}
-
-// Starts a command line; false when it could not start.
-static bool start_program(std::string command, PROCESS_INFORMATION *process)
-{
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof startup;
-    return CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, process);
-}
-
-// Waits for a started program and gives its exit code; 99 when it did not end in time.
-static DWORD wait_program(PROCESS_INFORMATION *process, DWORD timeout_ms)
-{
-    DWORD exit_code = 99;
-    if (WaitForSingleObject(process->hProcess, timeout_ms) == WAIT_OBJECT_0)
-        GetExitCodeProcess(process->hProcess, &exit_code);
-    else
-        TerminateProcess(process->hProcess, 99);
-    CloseHandle(process->hProcess);
-    CloseHandle(process->hThread);
-    return exit_code;
+    return run_program("\"" + program + "\" " + arguments, folder, INFINITE);
 }
 
 int run_program(const std::string &command, const std::string &folder, DWORD timeout_ms)
 {
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process = {};
-    std::string line = command;
-    if (!CreateProcessA(nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(), &startup, &process))
+    PROCESS_INFORMATION process;
+    if (!start_program(command, folder.c_str(), &process))
         return -1;
     return (int)wait_program(&process, timeout_ms);
 }
@@ -312,14 +299,14 @@ sample_run run_sample(const std::string &temp, const std::string &arguments)
     CreateDirectoryA(temp.c_str(), nullptr);
     SetEnvironmentVariableA("TEMP", temp.c_str());
     PROCESS_INFORMATION sample, presser;
-    if (!start_program("\"" + program_folder() + "spinning_cube.exe\" " + arguments, &sample)) {
+    if (!start_program("\"" + program_folder() + "spinning_cube.exe\" " + arguments, nullptr, &sample)) {
         check(false, "could not start the sample");
         return run;
     }
     // Continue pressed from outside, as the demo does it, on this sample's panel only.
     DWORD press_code = 99;
     if (start_program("\"" + program_folder() + "panel_press.exe\" continue 60 " + std::to_string(sample.dwProcessId),
-                      &presser))
+                      nullptr, &presser))
         press_code = wait_program(&presser, 90000);
     DWORD thread = sample.dwThreadId;
     run.exit_code = wait_program(&sample, 60000);
@@ -828,68 +815,7 @@ void stop_continuing()
 }
 
 // ---------------------------------------------------------------------------------------------
-// Screenshots: PNG with stored deflate blocks, which any viewer reads and which needs no library.
-
-static uint32_t crc32_of(const uint8_t *bytes, size_t count, uint32_t crc = 0)
-{
-    crc = ~crc;
-    for (size_t i = 0; i < count; ++i) {
-        crc ^= bytes[i];
-        for (int bit = 0; bit < 8; ++bit)
-            crc = crc >> 1 ^ (0xEDB88320u & (0u - (crc & 1)));
-    }
-    return ~crc;
-}
-
-static void put_u32(std::string *out, uint32_t value)
-{
-    for (int shift = 24; shift >= 0; shift -= 8)
-        out->push_back((char)(value >> shift));
-}
-
-static void put_chunk(std::string *out, const char *type, const std::string &data)
-{
-    put_u32(out, (uint32_t)data.size());
-    std::string body = std::string(type, 4) + data;
-    out->append(body);
-    put_u32(out, crc32_of((const uint8_t *)body.data(), body.size()));
-}
-
-static std::string png_of(int width, int height, const std::vector<uint8_t> &rgb)
-{
-    std::string raw;
-    for (int y = 0; y < height; ++y) {
-        raw.push_back(0);
-        raw.append((const char *)&rgb[(size_t)y * width * 3], (size_t)width * 3);
-    }
-    std::string z = "\x78\x01";
-    uint32_t a = 1, b = 0;
-    for (uint8_t c : raw) {
-        a = (a + c) % 65521;
-        b = (b + a) % 65521;
-    }
-    for (size_t at = 0; at < raw.size() || at == 0; at += 65535) {
-        size_t length = raw.size() - at < 65535 ? raw.size() - at : 65535;
-        z.push_back(at + length >= raw.size() ? 1 : 0);
-        z.push_back((char)(length & 255));
-        z.push_back((char)(length >> 8));
-        z.push_back((char)(~length & 255));
-        z.push_back((char)((~length >> 8) & 255));
-        z.append(raw, at, length);
-        if (raw.empty())
-            break;
-    }
-    put_u32(&z, b << 16 | a);
-    std::string png = "\x89PNG\r\n\x1a\n";
-    std::string header;
-    put_u32(&header, (uint32_t)width);
-    put_u32(&header, (uint32_t)height);
-    header += std::string("\x08\x02\x00\x00\x00", 5);
-    put_chunk(&png, "IHDR", header);
-    put_chunk(&png, "IDAT", z);
-    put_chunk(&png, "IEND", "");
-    return png;
-}
+// Screenshots, written by the player's PNG writer
 
 void screenshot(HWND window, const char *name)
 {
@@ -909,7 +835,7 @@ void screenshot(HWND window, const char *name)
     BITMAPINFO info = {};
     info.bmiHeader.biSize = sizeof info.bmiHeader;
     info.bmiHeader.biWidth = width;
-    info.bmiHeader.biHeight = -height; // top row first
+    info.bmiHeader.biHeight = height; // bottom row first, as GL reads and the PNG writer takes
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 24;
     int stride = (width * 3 + 3) & ~3;
@@ -928,9 +854,8 @@ void screenshot(HWND window, const char *name)
     GetEnvironmentVariableA("QUONDALE_SCREENSHOTS", folder, sizeof folder);
     CreateDirectoryA(folder, nullptr);
     std::string path = std::string(folder) + "\\" + name + ".png";
-    std::string png = png_of(width, height, rgb);
-    FILE *file = fopen(path.c_str(), "wb");
-    check(file && fwrite(png.data(), 1, png.size(), file) == png.size(), "cannot write %s", path.c_str());
-    if (file)
-        fclose(file);
+    text_buffer png = {};
+    png_from_rgb(rgb.data(), width, height, &png);
+    check(!png.failed && text_write_file(&png, path.c_str()), "cannot write %s", path.c_str());
+    text_free(&png);
 }

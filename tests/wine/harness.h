@@ -92,6 +92,8 @@ std::string first_sight(int width, int height);
 std::string substitute(std::string text, const std::vector<std::pair<std::string, std::string>> &names);
 
 // The folder of this program, with its final backslash.
+// A file of expected/, which the build copies beside the check programs.
+std::string expected_file(const char *name);
 std::string program_folder();
 
 // Runs this program again with arguments and gives its exit code: with the debugger in place,

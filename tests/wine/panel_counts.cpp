@@ -12,38 +12,14 @@ static void check_primitive_count(HWND control)
     HWND window = need_dialog("Primitive Count");
     // GL_LINES with 5 vertices, GL_QUADS with 7, GL_TRIANGLE_STRIP with 2 (too few), GL_LINE_LOOP
     // with none, glDrawArrays(GL_TRIANGLES, 0, 6).
-    const std::string expected = "Total Points = 0\r\n"
-                                 "Total Lines = 3\r\n"
-                                 "   Lines = 2\r\n"
-                                 "   Line Loops = 1\r\n"
-                                 "   Line Strip = 0\r\n"
-                                 "Total Triangles = 2\r\n"
-                                 "   Triangles = 2\r\n"
-                                 "   Triangles Fans = 0\r\n"
-                                 "   Triangles Strip = 0\r\n"
-                                 "Total Quads = 1\r\n"
-                                 "   Quad = 1\r\n"
-                                 "   Quad Strip = 0\r\n"
-                                 "Total Polygons = 0";
+    const std::string expected = text_mode(expected_file("primitive_count.txt"));
     check_text("the Primitive Count window", control_text(window, IDC_PRIM_COUNT_TEXT), expected);
     screenshot(window, "primitive_count");
     post_command(window, IDC_PRIM_COUNT_SAVE);
     check_text("primcount.txt", save_as(temp_path("primcount.txt")), text_mode(expected));
     click(window, IDC_PRIM_COUNT_CLEAR);
     check_text("the Primitive Count window after Clear", control_text(window, IDC_PRIM_COUNT_TEXT),
-               "Total Points = 0\r\n"
-               "Total Lines = 0\r\n"
-               "   Lines = 0\r\n"
-               "   Line Loops = 0\r\n"
-               "   Line Strip = 0\r\n"
-               "Total Triangles = 0\r\n"
-               "   Triangles = 0\r\n"
-               "   Triangles Fans = 0\r\n"
-               "   Triangles Strip = 0\r\n"
-               "Total Quads = 0\r\n"
-               "   Quad = 0\r\n"
-               "   Quad Strip = 0\r\n"
-               "Total Polygons = 0");
+               text_mode(expected_file("primitive_count_clear.txt")));
     check_layout(window, "Primitive Count");
     click(window, IDC_PRIM_COUNT_CLOSE);
 }
@@ -63,19 +39,7 @@ static void check_call_count(HWND control)
     // In the list's order, the rows of every function called: scalar forms under their vector
     // form, glBindTexture and glDrawArrays on their EXT rows, Wine's pixel-format calls on the
     // WGL rows; glFlush, where the program stands, not yet.
-    const std::string called = "glBegin - 4\n"
-                               "glBindTextureEXT - 1\n"
-                               "glClear - 1\n"
-                               "glColor3fv - 1,234\n"
-                               "glDrawArraysEXT - 1\n"
-                               "glEnableClientState - 1\n"
-                               "glEnd - 4\n"
-                               "glVertex3fv - 14\n"
-                               "glVertexPointer - 1\n"
-                               "wglChoosePixelFormat - 1\n"
-                               "wglCreateContext - 1\n"
-                               "wglMakeCurrent - 1\n"
-                               "wglSetPixelFormat - 1\n";
+    const std::string called = expected_file("call_count.txt");
     check_text("the Call Count rows", rows_text(window), called);
     screenshot(window, "call_count");
 
