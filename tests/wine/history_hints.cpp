@@ -7,6 +7,7 @@
 #include "panel/resource.h"
 
 #include <regex>
+#include <sstream>
 
 static void select_items()
 {
@@ -84,95 +85,16 @@ static int child(bool items)
     return child_end();
 }
 
-// A call's text and the lines behind it when the items are on.
-struct statement {
-    std::string call;
-    std::vector<std::string> lines;
-};
-
-static std::string matrix(const char *rows[4])
-{
-    std::string text = "glLoadMatrixf({\n";
-    for (int row = 0; row < 4; ++row)
-        text += std::string("    ") + rows[row] + (row < 3 ? ",\n" : "\n");
-    return text + "});";
-}
-
+// The history with the items on; without them, the same but for the items' lines (the notes of
+// WGL calls stay).
 static std::string expected_history(bool items)
 {
-    const std::string address = "- data at memory location 0xADDRESS.";
-    const char *identity[4] = {"1          , 0          , 0          , 0          ",
-                               "0          , 1          , 0          , 0          ",
-                               "0          , 0          , 1          , 0          ",
-                               "0          , 0          , 0          , 1          "};
-    const char *scaling[4] = {"2          , 0          , 0          , 0          ",
-                              "0          , 3          , 0          , 0          ",
-                              "0          , 0          , 4          , 0          ",
-                              "0          , 0          , 0          , 1          "};
-    const char *translation[4] = {"1          , 0          , 0          , 0          ",
-                                  "0          , 1          , 0          , 0          ",
-                                  "0          , 0          , 1          , 0          ",
-                                  "5          , 6          , 7          , 1          "};
-    std::string stipple = "glPolygonStipple(GLS_NONE)({\n";
-    for (int line = 0; line < 16; ++line)
-        stipple += std::string(line ? ",\n" : "") + "    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF";
-    stipple += "\n});";
-    std::vector<statement> statements = {
-        {"glClear(GL_COLOR_BUFFER_BIT);", {"- Do not enable GL_DITHER for glClear."}},
-        {"glDisable(GL_DITHER);", {}},
-        {"glClear(GL_COLOR_BUFFER_BIT);", {}},
-        {"glFlush();", {"- Use one glClear per frame if possible."}},
-        {"glFinish();", {}},
-        {"glClear(GL_COLOR_BUFFER_BIT);", {"- Flush the graphics pipe once per frame if possible."}},
-        {"glFlush();", {}},
-        {"glVertex3fv({1, 2, 3});", {"- Not called between glBegin/glEnd.", address}},
-        {"glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);", {}},
-        {"glBlendFunc(GL_ONE, GL_DST_ALPHA);", {"- Function requires alpha planes."}},
-        {"glBlendFunc(GL_ONE, GL_SRC_ALPHA_SATURATE);", {}},
-        {"glBegin(GL_POLYGON);", {}},
-        {"glBlendFunc(GL_DST_ALPHA, GL_ZERO);",
-         {"- Should not be called between glBegin/glEnd.", "- Function requires alpha planes."}},
-        {"glEnd();", {}},
-    };
-    const char *polygon_hints[6] = {"", "", "", "- Use glBegin(GL_TRIANGLES) instead of glBegin(GL_POLYGON) followed by 3 vertices.",
-                                    "- Use glBegin(GL_QUADS) instead of glBegin(GL_POLYGON) followed by 4 vertices.", ""};
-    for (int count : {3, 4, 5}) {
-        statements.push_back({"glBegin(GL_POLYGON);", {}});
-        for (int i = 0; i < count; ++i)
-            statements.push_back({"glVertex3fv({" + std::to_string(i) + ", 0, 0});", {address}});
-        statements.push_back({"glEnd();", *polygon_hints[count] ? std::vector<std::string>{polygon_hints[count]}
-                                                                  : std::vector<std::string>{}});
-    }
-    std::vector<statement> rest = {
-        {"glEnable(GL_NORMALIZE);", {"- Provide unit-length normals if it is possible and leave GL_NORMALIZE off."}},
-        {"glLightfv(GL_LIGHT0, GL_POSITION, {0, 0, 1, 1});",
-         {"- directional lights (w = 0) are more efficient on many platforms."}},
-        {"glLightiv(GL_LIGHT0, GL_POSITION, {0, 0, 1, 0});", {}},
-        {"glLightModelfv(GL_LIGHT_MODEL_AMBIENT, {0.2, 0.2, 0.2, 1});", {}},
-        {"glEnable(GL_LIGHTING);", {}},
-        {"glLightModelfv(GL_LIGHT_MODEL_AMBIENT, {0.2, 0.2, 0.2, 1});",
-         {"For best performance, set up lighting parameters first, then enable lighting."}},
-        {"glMaterialf(GL_FRONT, GL_SHININESS, 10);",
-         {"For best performance, set up material parameters first, then enable lighting."}},
-        {"glScalef(2, 2, 2);", {"- Avoid using glScale when doing lighting because it almost always requires that "
-                                "normals be renormalized, even if the x, y, and z scale factors are uniform."}},
-        {"glDisable(GL_LIGHTING);", {}},
-        {"glScalef(1, 1, 1);", {}},
-        {"glLineStipple(1, 0xFFFF);", {"- Do not use line stippling with a stipple pattern of 0xFFFF."}},
-        {stipple, {"- Do not use polygon stippling with a stipple pattern of all 0xFF."}},
-        {matrix(identity), {"- Use glLoadIdentity rather than loading the identity matrix with glLoadMatrix."}},
-        {matrix(scaling), {"- Use glScale instead of calling glLoadMatrix with your own scaling matrix."}},
-        {matrix(translation), {}},
-    };
-    statements.insert(statements.end(), rest.begin(), rest.end());
-    std::string text = "glsBeginGLS(1, 0);\n" + first_sight(128, 32);
-    for (const statement &s : statements) {
-        text += s.call + "\n";
-        for (const std::string &line : s.lines)
-            if (items)
-                text += "glsString(\"Info\", \"" + line + "\");\n";
-    }
-    return text + "glsString(\"Info\", \"wglMakeCurrent\");\nglsEndGLS();\n";
+    std::istringstream all(expected_file("history_hints.gls"));
+    std::string text, line;
+    while (std::getline(all, line))
+        if (items || line.rfind("glsString(\"Info\", \"", 0) != 0 || line.rfind("glsString(\"Info\", \"wgl", 0) == 0)
+            text += line + "\n";
+    return text;
 }
 
 int main(int argc, char **argv)
