@@ -12,12 +12,22 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
 std::string written;
+
+std::string file_text(const std::string &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
 
 size_t collect(size_t count, const void *bytes)
 {
@@ -42,16 +52,30 @@ struct StubGl {
     const char *extensions;
     GlsPixelStore unpack;
     StubArray vertex;
-    std::vector<std::string> calls;
+    std::string calls;  // a call a line
 };
 
 StubGl stub;
+
+std::string expected(const char *name) { return file_text(std::string(QUONDALE_TEST_EXPECTED) + "/capture_data/" + name); }
+
+// Bytes of a binary stream written by hand in hexadecimal.
+std::string expected_bytes(const char *name)
+{
+    std::istringstream hex(expected(name));
+    std::string bytes;
+    for (unsigned byte; hex >> std::hex >> byte;)
+        bytes += (char)byte;
+    return bytes;
+}
 
 std::string name(GLenum value)
 {
     const char *text = gls_gl_enum_name(value);
     return text ? text : std::to_string(value);
 }
+
+void note(const std::string &call) { stub.calls += call + "\n"; }
 
 void GLS_APIENTRY stub_glGetIntegerv(GLenum pname, GLint *data)
 {
@@ -73,7 +97,7 @@ void GLS_APIENTRY stub_glGetIntegerv(GLenum pname, GLint *data)
     }
     // Buffer objects exist from GL 1.5 on: a query before that would be a GL error of ours.
     if (pname >= GL_ARRAY_BUFFER_BINDING && pname <= GL_EDGE_FLAG_ARRAY_BUFFER_BINDING && strcmp(stub.version, "1.5") < 0)
-        stub.calls.push_back("glGetIntegerv(" + name(pname) + ")");
+        note("glGetIntegerv(" + name(pname) + ")");
 }
 
 GLboolean GLS_APIENTRY stub_glIsEnabled(GLenum cap) { return cap == GL_VERTEX_ARRAY && stub.vertex.enabled; }
@@ -90,34 +114,34 @@ const GLubyte *GLS_APIENTRY stub_glGetString(GLenum which)
 
 void GLS_APIENTRY stub_glInterleavedArrays(GLenum format, GLsizei stride, const void *)
 {
-    stub.calls.push_back("glInterleavedArrays(" + name(format) + ", " + std::to_string(stride) + ")");
+    note("glInterleavedArrays(" + name(format) + ", " + std::to_string(stride) + ")");
 }
 
 void GLS_APIENTRY stub_glDrawArrays(GLenum mode, GLint first, GLsizei count)
 {
-    stub.calls.push_back("glDrawArrays(" + name(mode) + ", " + std::to_string(first) + ", " + std::to_string(count) + ")");
+    note("glDrawArrays(" + name(mode) + ", " + std::to_string(first) + ", " + std::to_string(count) + ")");
 }
 
 void GLS_APIENTRY stub_glVertexPointer(GLint size, GLenum type, GLsizei stride, const void *pointer)
 {
-    stub.calls.push_back("glVertexPointer(" + std::to_string(size) + ", " + name(type) + ", " + std::to_string(stride) +
+    note("glVertexPointer(" + std::to_string(size) + ", " + name(type) + ", " + std::to_string(stride) +
                          (pointer == stub.vertex.pointer ? ", the application's)" : ", another)"));
 }
 
-void GLS_APIENTRY stub_glEnableClientState(GLenum cap) { stub.calls.push_back("glEnableClientState(" + name(cap) + ")"); }
-void GLS_APIENTRY stub_glDisableClientState(GLenum cap) { stub.calls.push_back("glDisableClientState(" + name(cap) + ")"); }
-void GLS_APIENTRY stub_glBegin(GLenum mode) { stub.calls.push_back("glBegin(" + name(mode) + ")"); }
-void GLS_APIENTRY stub_glEnd() { stub.calls.push_back("glEnd()"); }
+void GLS_APIENTRY stub_glEnableClientState(GLenum cap) { note("glEnableClientState(" + name(cap) + ")"); }
+void GLS_APIENTRY stub_glDisableClientState(GLenum cap) { note("glDisableClientState(" + name(cap) + ")"); }
+void GLS_APIENTRY stub_glBegin(GLenum mode) { note("glBegin(" + name(mode) + ")"); }
+void GLS_APIENTRY stub_glEnd() { note("glEnd()"); }
 
 void GLS_APIENTRY stub_glColor4ubv(const GLubyte *v)
 {
-    stub.calls.push_back("glColor4ubv(" + std::to_string(v[0]) + " " + std::to_string(v[1]) + " " +
+    note("glColor4ubv(" + std::to_string(v[0]) + " " + std::to_string(v[1]) + " " +
                          std::to_string(v[2]) + " " + std::to_string(v[3]) + ")");
 }
 
 void GLS_APIENTRY stub_glVertex3fv(const GLfloat *v)
 {
-    stub.calls.push_back("glVertex3fv(" + std::to_string((int)v[0]) + " " + std::to_string((int)v[1]) + " " +
+    note("glVertex3fv(" + std::to_string((int)v[0]) + " " + std::to_string((int)v[1]) + " " +
                          std::to_string((int)v[2]) + ")");
 }
 
@@ -192,14 +216,6 @@ protected:
 // ---------------------------------------------------------------------------------------------
 // Images
 
-TEST_F(CaptureData, DrawPixelsWritesItsPixels)
-{
-    const GLubyte pixels[6] = {255, 0, 0, 0, 255, 0};
-    capture();
-    dispatch_glDrawPixels(2, 1, GL_RGB, GL_UNSIGNED_BYTE, pixels);
-    EXPECT_EQ(text(), "glDrawPixels(GLS_NONE)(2, 1, GL_RGB, GL_UNSIGNED_BYTE, {\n    255, 0, 0, 0, 255, 0\n});\n");
-}
-
 TEST_F(CaptureData, TheUnpackStateOfGlShapesEachImage)
 {
     const GLubyte padded[8] = {1, 2, 3, 99, 4, 5, 6, 99};
@@ -208,6 +224,7 @@ TEST_F(CaptureData, TheUnpackStateOfGlShapesEachImage)
     const GLfloat floats[8] = {0.5f, 1, 2, 99, 3, 4, -1, 99};
     const GLushort packed[2] = {0x1234, 0xF00F};
     capture();
+    dispatch_glDrawPixels(2, 1, GL_RGB, GL_UNSIGNED_BYTE, (const GLubyte[]){255, 0, 0, 0, 255, 0});
     dispatch_glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 1, 2, 0, GL_RGB, GL_UNSIGNED_BYTE, padded);
     stub.unpack = {1, 0, 3, 1, 1, 0, 0, 0};  // row length 3, one row and one pixel skipped
     dispatch_glTexSubImage2D(GL_TEXTURE_2D, 1, 4, 5, 2, 2, GL_LUMINANCE, GL_UNSIGNED_BYTE, square);
@@ -219,20 +236,8 @@ TEST_F(CaptureData, TheUnpackStateOfGlShapesEachImage)
     dispatch_glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 2, 1, 0, GL_RGBA, GL_UNSIGNED_SHORT_4_4_4_4_EXT, packed);
     dispatch_glTexImage2D(GL_TEXTURE_2D, 0, 4, 64, 64, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
     dispatch_glDrawPixels(1, 1, GL_RGB, 0x9999, padded);
-    EXPECT_EQ(text(),
-              "glTexImage2D(GLS_NONE)(GL_TEXTURE_2D, 0, GL_RGB, 1, 2, 0, GL_RGB, GL_UNSIGNED_BYTE, {\n    1, 2, 3, 4, 5, 6\n});\n"
-              "glTexSubImage2D(GLS_NONE)(GL_TEXTURE_2D, 1, 4, 5, 2, 2, GL_LUMINANCE, GL_UNSIGNED_BYTE, {4, 5, 7, 8});\n"
-              "glDrawPixels(GLS_NONE)(2, 1, GL_LUMINANCE, GL_UNSIGNED_SHORT, {258, 772});\n"
-              "glDrawPixels(GLS_NONE)(1, 2, GL_RGB, GL_FLOAT, {\n    0.5, 1, 2, 3, 4, -1\n});\n"
-              "glTexImage2D(GLS_NONE)(GL_TEXTURE_2D, 0, GL_RGBA, 2, 1, 0, GL_RGBA, GL_UNSIGNED_SHORT_4_4_4_4_EXT, {4660, 61455});\n"
-              "glTexImage2D(GLS_NONE)(GL_TEXTURE_2D, 0, 4, 64, 64, 0, GL_RGBA, GL_UNSIGNED_BYTE, {});\n"
-              "glDrawPixels(GLS_NONE)(1, 1, GL_RGB, 39321, {});\n");
-}
-
-TEST_F(CaptureData, BitmapRowsAreMaskedShiftedAndReversed)
-{
-    stub.unpack.alignment = 1;
-    capture();
+    // Bitmap rows are masked, shifted and reversed.
+    stub.unpack = {1, 0, 0, 0, 0, 0, 0, 0};
     dispatch_glBitmap(10, 2, 0, 0, 10, 0, (const GLubyte[]){0xFF, 0xFF, 0x80, 0x40});
     stub.unpack.lsbFirst = 1;
     stub.unpack.skipPixels = 3;
@@ -240,10 +245,8 @@ TEST_F(CaptureData, BitmapRowsAreMaskedShiftedAndReversed)
     stub.unpack.lsbFirst = 0;
     stub.unpack.skipPixels = 6;  // the row's four bits span two bytes
     dispatch_glBitmap(4, 1, 0, 0, 0, 0, (const GLubyte[]){0x03, 0xC0});
-    EXPECT_EQ(text(),
-              "glBitmap(GLS_NONE)(10, 2, 0, 0, 10, 0, {0xFF, 0xC0, 0x80, 0x40});\n"
-              "glBitmap(GLS_NONE)(5, 1, 0.5, 0, 0, 0, {0xF8});\n"
-              "glBitmap(GLS_NONE)(4, 1, 0, 0, 0, 0, {0xF0});\n");
+    dispatch_glReadPixels(0, 0, 2, 2, GL_RGBA, GL_UNSIGNED_BYTE, (void *)0x1000);  // its pointer only
+    EXPECT_EQ(text(), expected("images.txt"));
 }
 
 TEST_F(CaptureData, VolumesSkipImagesWhereGlHasTheParameters)
@@ -253,12 +256,11 @@ TEST_F(CaptureData, VolumesSkipImagesWhereGlHasTheParameters)
     capture();
     dispatch_glTexImage3D(GL_TEXTURE_3D_EXT, 0, GL_LUMINANCE, 1, 2, 2, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, source);
     dispatch_glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 1, 2, GL_LUMINANCE, GL_UNSIGNED_BYTE, source);
-    EXPECT_EQ(text(), "glTexImage3D(GLS_NONE)(GL_TEXTURE_3D_EXT, 0, GL_LUMINANCE, 1, 2, 2, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, {3, 4, 6, 7});\n"
-                      "glTexSubImage2D(GLS_NONE)(GL_TEXTURE_2D, 0, 0, 0, 1, 2, GL_LUMINANCE, GL_UNSIGNED_BYTE, {0, 1});\n");
+    std::string with = text();
     stub.extensions = "GL_EXT_texture3Dx";  // a GL 1.1 without the extension has no such parameters
     capture();
     dispatch_glTexImage3D(GL_TEXTURE_3D_EXT, 0, GL_LUMINANCE, 1, 2, 2, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, source);
-    EXPECT_EQ(text(), "glTexImage3D(GLS_NONE)(GL_TEXTURE_3D_EXT, 0, GL_LUMINANCE, 1, 2, 2, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, {0, 1, 2, 3});\n");
+    EXPECT_EQ(with + text(), expected("volumes.txt"));
 }
 
 TEST_F(CaptureData, WithoutAContextTheShadowKeepsTheStore)
@@ -276,24 +278,7 @@ TEST_F(CaptureData, WithoutAContextTheShadowKeepsTheStore)
     dispatch_glPolygonStipple(stipple);
     dispatch_glPixelStorei(GL_UNPACK_SKIP_PIXELS, 1);
     dispatch_glDrawPixels(1, 1, GL_LUMINANCE, GL_UNSIGNED_BYTE, (const GLubyte[]){7, 9});
-    const std::string row = "0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA";
-    std::string rows = row;
-    for (int line = 1; line < 16; ++line)
-        rows += ",\n    " + row;
-    EXPECT_EQ(text(), "glPixelStorei(GL_UNPACK_ALIGNMENT, 1);\n"
-                      "glPixelStorei(GL_UNPACK_ALIGNMENT, 3);\n"
-                      "glPixelStorei(GL_UNPACK_ROW_LENGTH, -2);\n"
-                      "glPixelStoref(GL_UNPACK_LSB_FIRST, GL_TRUE);\n"
-                      "glPolygonStipple(GLS_NONE)({\n    " + rows + "\n});\n"
-                      "glPixelStorei(GL_UNPACK_SKIP_PIXELS, 1);\n"
-                      "glDrawPixels(GLS_NONE)(1, 1, GL_LUMINANCE, GL_UNSIGNED_BYTE, {9});\n");
-}
-
-TEST_F(CaptureData, ReadPixelsWritesOnlyItsPointer)
-{
-    capture();
-    dispatch_glReadPixels(0, 0, 2, 2, GL_RGBA, GL_UNSIGNED_BYTE, (void *)0x1000);
-    EXPECT_EQ(text(), "glReadPixels(0, 0, 2, 2, GL_RGBA, GL_UNSIGNED_BYTE, 0x1000);\n");
+    EXPECT_EQ(text(), expected("shadow.txt"));
 }
 
 TEST(ImageBytes, FollowFormatAndType)
@@ -340,19 +325,8 @@ TEST_F(CaptureData, BadImagesWriteEmptyDataAndReadNothing)
     dispatch_glTexImage3D(GL_TEXTURE_3D_EXT, 0, GL_LUMINANCE, 1, 2, 1, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, small);
     stub.unpack = {1, 0, 0, 0, 0, 0, 0, 0};
     dispatch_glTexImage3D(GL_TEXTURE_3D_EXT, 0, GL_LUMINANCE, 8, 1, 2, 0, GL_COLOR_INDEX, GL_BITMAP, small);
-    EXPECT_EQ(text(), "glDrawPixels(GLS_NONE)(65536, 65536, GL_RGBA, GL_FLOAT, {});\n"
-                      "glDrawPixels(GLS_NONE)(-1, 1, GL_RGBA, GL_UNSIGNED_BYTE, {});\n"
-                      "glDrawPixels(GLS_NONE)(1, 1, GL_RGBA, GL_UNSIGNED_BYTE, {});\n"
-                      "glDrawPixels(GLS_NONE)(2, 1, GL_LUMINANCE, GL_UNSIGNED_BYTE, {});\n"
-                      "glDrawPixels(GLS_NONE)(1, 1, GL_RGBA, GL_UNSIGNED_BYTE, {});\n"
-                      "glDrawPixels(GLS_NONE)(1, 1, GL_RGBA, GL_UNSIGNED_BYTE, {});\n"
-                      "glDrawPixels(GLS_NONE)(1, 2, GL_RGBA, GL_FLOAT, {});\n"
-                      "glTexImage3D(GLS_NONE)(GL_TEXTURE_3D_EXT, 0, GL_LUMINANCE, 1, 1, 1, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, {});\n"
-                      "glTexImage3D(GLS_NONE)(GL_TEXTURE_3D_EXT, 0, GL_LUMINANCE, 1, 2, 1, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, {});\n"
-                      "glTexImage3D(GLS_NONE)(GL_TEXTURE_3D_EXT, 0, GL_LUMINANCE, 8, 1, 2, 0, GL_COLOR_INDEX, GL_BITMAP, {});\n");
+    EXPECT_EQ(text(), expected("bad_images.txt"));
 }
-
-std::vector<uint8_t> bytes_of(const std::string &text) { return std::vector<uint8_t>(text.begin(), text.end()); }
 
 TEST_F(CaptureData, BinaryFormsHoldImagesTightInTheirByteOrder)
 {
@@ -362,18 +336,10 @@ TEST_F(CaptureData, BinaryFormsHoldImagesTightInTheirByteOrder)
     dispatch_glDrawPixels(2, 1, GL_RGB, GL_UNSIGNED_BYTE, (const GLubyte[]){255, 0, 0, 0, 255, 0});
     dispatch_glDrawPixels(2, 1, GL_LUMINANCE, GL_UNSIGNED_SHORT, shorts);
     dispatch_glBitmap(10, 2, 0, 0, 10, 0, (const GLubyte[]){0xFF, 0xFF, 0x80, 0x40});
-    EXPECT_EQ(bytes_of(text()), (std::vector<uint8_t>{
-        0xE7, 0, 32, 0, 0, 0, 0, 0, 2, 0, 0, 0, 1, 0, 0, 0, 0x07, 0x19, 0, 0, 0x01, 0x14, 0, 0,
-        255, 0, 0, 0, 255, 0, 0, 0,
-        0xE7, 0, 28, 0, 0, 0, 0, 0, 2, 0, 0, 0, 1, 0, 0, 0, 0x09, 0x19, 0, 0, 0x03, 0x14, 0, 0,
-        0x01, 0x02, 0x03, 0x04,
-        0x38, 0, 36, 0, 0, 0, 0, 0, 10, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x20, 0x41, 0, 0, 0, 0,
-        0xFF, 0xC0, 0x80, 0x40}));
+    EXPECT_EQ(text(), expected_bytes("images_lsb.hex"));
     capture(GLS_BINARY_MSB_FIRST);
     dispatch_glDrawPixels(2, 1, GL_LUMINANCE, GL_UNSIGNED_SHORT, shorts);
-    EXPECT_EQ(bytes_of(text()), (std::vector<uint8_t>{
-        0, 0xE7, 0, 28, 0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 1, 0, 0, 0x19, 0x09, 0, 0, 0x14, 0x03,
-        0x02, 0x01, 0x04, 0x03}));
+    EXPECT_EQ(text(), expected_bytes("images_msb.hex"));
 }
 
 // A size that does not match what the items write ends the process: reaching the end and the
@@ -405,6 +371,12 @@ TEST_F(CaptureData, EveryImageCommandFitsItsSizeInTheBinaryForms)
 // ---------------------------------------------------------------------------------------------
 // Vertex arrays
 
+struct ColorVertex {
+    GLubyte color[4];
+    GLfloat vertex[3];
+};
+const ColorVertex block[2] = {{{10, 20, 30, 40}, {1, 2, 3}}, {{50, 60, 70, 80}, {4, 5, 6}}};
+
 TEST_F(CaptureData, FloatArraysDrawAsOnePackedCommand)
 {
     const GLfloat triangle[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
@@ -412,6 +384,7 @@ TEST_F(CaptureData, FloatArraysDrawAsOnePackedCommand)
     const GLubyte colors[8] = {255, 0, 0, 255, 0, 255, 0, 128};
     const GLfloat corners[4] = {0.5f, 0.5f, -1, 2};
     const GLfloat uv[2] = {0.25f, 0.75f}, normal[3] = {0, 0, 1}, point[3] = {1, 2, 3};
+    const GLfloat spaced[6] = {0.5f, 1, 7, 8, 9, 99};  // T2F_V3F with a float of its own behind
     capture_arrays();
     dispatch_glVertexPointer(3, GL_FLOAT, 0, triangle);
     dispatch_glEnableClientState(GL_VERTEX_ARRAY);
@@ -429,10 +402,12 @@ TEST_F(CaptureData, FloatArraysDrawAsOnePackedCommand)
     dispatch_glEnableClientState(GL_TEXTURE_COORD_ARRAY);
     dispatch_glEnableClientState(GL_NORMAL_ARRAY);
     dispatch_glDrawArrays(GL_POINTS, 0, 1);
-    EXPECT_EQ(text(), "glsDrawVertexArray(GL_TRIANGLES, GL_V3F, 3, {\n    0, 0, 0, 1, 0, 0, 0, 1,\n    0\n});\n"
-                      "glsDrawVertexArray(GL_POINTS, GL_V3F, 1, {1, 2, 3});\n"
-                      "glsDrawVertexArray(GL_LINES, GL_C4UB_V2F, 2, {\n    255, 0, 0, 255, 0.5, 0.5, 0, 255,\n    0, 128, -1, 2\n});\n"
-                      "glsDrawVertexArray(GL_POINTS, GL_T2F_N3F_V3F, 1, {\n    0.25, 0.75, 0, 0, 1, 1, 2, 3\n});\n");
+    // Interleaved arrays come back packed.
+    dispatch_glInterleavedArrays(GL_C4UB_V3F, 0, block);
+    dispatch_glDrawArrays(GL_LINES, 0, 2);
+    dispatch_glInterleavedArrays(GL_T2F_V3F, 24, spaced);
+    dispatch_glDrawArrays(GL_POINTS, 0, 1);
+    EXPECT_EQ(text(), expected("float_arrays.txt"));
 }
 
 TEST_F(CaptureData, OtherArraysExpandIntoPerVertexCommands)
@@ -454,25 +429,7 @@ TEST_F(CaptureData, OtherArraysExpandIntoPerVertexCommands)
     dispatch_glArrayElement(1);
     dispatch_glDisableClientState(GL_VERTEX_ARRAY);
     dispatch_glDrawArrays(GL_POINTS, 0, 1);  // no vertex: the attributes alone, as GL takes them
-    EXPECT_EQ(text(), "glBegin(GL_LINES);\n"
-                      "glVertex3sv({1, 2, 3});\n"
-                      "glVertex3sv({4, 5, 6});\n"
-                      "glEnd();\n"
-                      "glBegin(GL_TRIANGLES);\n"
-                      "glColor3fv({1, 0, 0});\n"
-                      "glEdgeFlagv({GL_TRUE});\n"
-                      "glVertex2dv({1, 2});\n"
-                      "glColor3fv({0, 1, 0});\n"
-                      "glEdgeFlagv({GL_FALSE});\n"
-                      "glVertex2dv({3, 4});\n"
-                      "glEnd();\n"
-                      "glColor3fv({0, 1, 0});\n"
-                      "glEdgeFlagv({GL_FALSE});\n"
-                      "glVertex2dv({3, 4});\n"
-                      "glBegin(GL_POINTS);\n"
-                      "glColor3fv({1, 0, 0});\n"
-                      "glEdgeFlagv({GL_TRUE});\n"
-                      "glEnd();\n");
+    EXPECT_EQ(text(), expected("per_vertex.txt"));
 }
 
 std::vector<std::string> row_calls;
@@ -494,23 +451,6 @@ TEST_F(CaptureData, PerVertexCommandsPassTheCaptureRows)
     EXPECT_EQ(row_calls, (std::vector<std::string>{"glBegin GL_LINES", "glVertex3sv 3", "glVertex3sv 6"}));
 }
 
-TEST_F(CaptureData, InterleavedArraysComeBackPacked)
-{
-    struct ColorVertex {
-        GLubyte color[4];
-        GLfloat vertex[3];
-    };
-    const ColorVertex block[2] = {{{10, 20, 30, 40}, {1, 2, 3}}, {{50, 60, 70, 80}, {4, 5, 6}}};
-    const GLfloat spaced[6] = {0.5f, 1, 7, 8, 9, 99};  // T2F_V3F with a float of its own behind
-    capture_arrays();
-    dispatch_glInterleavedArrays(GL_C4UB_V3F, 0, block);
-    dispatch_glDrawArrays(GL_LINES, 0, 2);
-    dispatch_glInterleavedArrays(GL_T2F_V3F, 24, spaced);
-    dispatch_glDrawArrays(GL_POINTS, 0, 1);
-    EXPECT_EQ(text(), "glsDrawVertexArray(GL_LINES, GL_C4UB_V3F, 2, {\n    10, 20, 30, 40, 1, 2, 3, 50,\n    60, 70, 80, 4, 5, 6\n});\n"
-                      "glsDrawVertexArray(GL_POINTS, GL_T2F_V3F, 1, {\n    0.5, 1, 7, 8, 9\n});\n");
-}
-
 TEST_F(CaptureData, DrawElementsTakeTheirIndicesOfEachType)
 {
     const GLfloat square[8] = {0, 0, 1, 0, 1, 1, 0, 1};
@@ -524,13 +464,7 @@ TEST_F(CaptureData, DrawElementsTakeTheirIndicesOfEachType)
     dispatch_glDrawElements(GL_POINTS, 1, GL_FLOAT, (const GLfloat[]){2});  // no such index type: nothing
     dispatch_glVertexPointer(2, GL_SHORT, 0, shorts);
     dispatch_glDrawElements(GL_LINES, 2, GL_UNSIGNED_SHORT, (const GLushort[]){1, 0});
-    EXPECT_EQ(text(), "glsDrawVertexArray(GL_LINES, GL_V2F, 2, {0, 1, 0, 0});\n"
-                      "glsDrawVertexArray(GL_TRIANGLES, GL_V2F, 3, {\n    1, 0, 1, 1, 0, 1\n});\n"
-                      "glsDrawVertexArray(GL_POINTS, GL_V2F, 1, {1, 1});\n"
-                      "glBegin(GL_LINES);\n"
-                      "glVertex2sv({3, 4});\n"
-                      "glVertex2sv({1, 2});\n"
-                      "glEnd();\n");
+    EXPECT_EQ(text(), expected("draw_elements.txt"));
 }
 
 // Draws that the arrays cannot serve: nothing at all where GL draws nothing, else the ordinary
@@ -553,31 +487,21 @@ TEST_F(CaptureData, BadDrawsNeitherCrashNorReadOutOfReach)
     dispatch_glDrawElements(GL_POINTS, 1, GL_UNSIGNED_INT, (const GLuint[]){1});
     dispatch_glVertexPointer(2, GL_FLOAT, 0, nullptr);
     dispatch_glDrawArrays(GL_POINTS, 0, 1);
-    EXPECT_EQ(text(), "glDrawArrays(GL_TRIANGLES, -1, 3);\n"
-                      "glDrawElements(GL_POINTS, 2, GL_UNSIGNED_SHORT, {});\n"
-                      "glDrawElements(GL_POINTS, 1, GL_UNSIGNED_INT, {4294967295});\n"
-                      "glArrayElement(-1);\n"
-                      "glDrawElements(GL_POINTS, 1, GL_UNSIGNED_INT, {2});\n"
-                      "glsDrawVertexArray(GL_POINTS, GL_V2F, 1, {3, 4});\n"
-                      "glDrawArrays(GL_POINTS, 0, 1);\n");
+    EXPECT_EQ(text(), expected("bad_draws.txt"));
 }
 
 TEST_F(CaptureData, ArraysInBufferObjectsStayOrdinaryCommands)
 {
     const GLfloat triangle[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
-    stub.vertex = {1, 3, GL_FLOAT, 0, triangle, 0};
+    stub.vertex = {1, 3, GL_FLOAT, 0, triangle, 1};  // the pointer is an offset into buffer 1
+    stub.version = "2.1";
     capture();
     glsEnable(GLS_CAPTURE_VERTEX_ARRAYS);
     dispatch_glDrawArrays(GL_TRIANGLES, 0, 3);
-    EXPECT_EQ(text(), "glsDrawVertexArray(GL_TRIANGLES, GL_V3F, 3, {\n    0, 0, 0, 1, 0, 0, 0, 1,\n    0\n});\n");
-    stub.version = "2.1";
-    stub.vertex.buffer = 1;  // the pointer is an offset into buffer 1
-    capture();
-    dispatch_glDrawArrays(GL_TRIANGLES, 0, 3);
     EXPECT_EQ(text(), "glDrawArrays(GL_TRIANGLES, 0, 3);\n");
-    EXPECT_EQ(stub.calls, std::vector<std::string>{}) << "no buffer query before GL 1.5";
 }
 
+// What is written, then what GL is given; no buffer query before GL 1.5.
 TEST_F(CaptureData, DrawVertexArrayExecutesAndGivesTheArraysBack)
 {
     const GLfloat triangle[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
@@ -586,22 +510,11 @@ TEST_F(CaptureData, DrawVertexArrayExecutesAndGivesTheArraysBack)
     glsEnable(GLS_CAPTURE_VERTEX_ARRAYS);
     glsCaptureFlags(OP_glsDrawVertexArray, GLS_CAPTURE_EXECUTE_BIT | GLS_CAPTURE_WRITE_BIT);
     dispatch_glDrawArrays(GL_TRIANGLES, 0, 3);
-    EXPECT_EQ(text(), "glsDrawVertexArray(GL_TRIANGLES, GL_V3F, 3, {\n    0, 0, 0, 1, 0, 0, 0, 1,\n    0\n});\n");
-    EXPECT_EQ(stub.calls, (std::vector<std::string>{
-        "glInterleavedArrays(GL_V3F, 0)", "glDrawArrays(GL_TRIANGLES, 0, 3)",
-        "glVertexPointer(3, GL_FLOAT, 0, the application's)",
-        "glDisableClientState(GL_COLOR_ARRAY)", "glDisableClientState(GL_EDGE_FLAG_ARRAY)",
-        "glDisableClientState(GL_INDEX_ARRAY)", "glDisableClientState(GL_NORMAL_ARRAY)",
-        "glDisableClientState(GL_TEXTURE_COORD_ARRAY)", "glEnableClientState(GL_VERTEX_ARRAY)"}));
+    EXPECT_EQ(text() + stub.calls, expected("draw_vertex_array.txt"));
 }
 
 TEST_F(CaptureData, DrawVertexArrayOnGl10DrawsVertexByVertex)
 {
-    struct ColorVertex {
-        GLubyte color[4];
-        GLfloat vertex[3];
-    };
-    const ColorVertex block[2] = {{{10, 20, 30, 40}, {1, 2, 3}}, {{50, 60, 70, 80}, {4, 5, 6}}};
     stub.version = "1.0";
     capture();
     glsCaptureFlags(OP_glsDrawVertexArray, GLS_CAPTURE_EXECUTE_BIT);
@@ -610,9 +523,7 @@ TEST_F(CaptureData, DrawVertexArrayOnGl10DrawsVertexByVertex)
     EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
     dispatch_glsDrawVertexArray(GL_POINTS, GL_V3F, -1, block);
     EXPECT_EQ(glsGetError(), GLS_PARAMETER_ERROR);
-    EXPECT_EQ(text(), "");
-    EXPECT_EQ(stub.calls, (std::vector<std::string>{"glBegin(GL_POINTS)", "glColor4ubv(10 20 30 40)", "glVertex3fv(1 2 3)",
-                                                    "glColor4ubv(50 60 70 80)", "glVertex3fv(4 5 6)", "glEnd()"}));
+    EXPECT_EQ(text() + stub.calls, expected("draw_vertex_array_gl10.txt"));
 }
 
 }  // namespace
