@@ -4,11 +4,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    GLSenum type = fuzz_stream_type(data, size);
-    if (type == GLS_TEXT)
-        return 0;
-    fuzz_codec_begin(data, size, 1 + size % 61);
-    fuzz_codec_read(type, data, size);
-    fuzz_codec_end();
+    fuzz_codec_read_input(data, size, true);
     return 0;
 }

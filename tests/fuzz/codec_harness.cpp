@@ -65,12 +65,17 @@ void fuzz_codec_end()
     glsGetError();
 }
 
-void fuzz_codec_read(GLSenum type, const uint8_t *input, size_t size)
+void fuzz_codec_read_input(const uint8_t *input, size_t size, bool binary)
 {
+    GLSenum type = fuzz_stream_type(input, size);
+    if ((type != GLS_TEXT) != binary)
+        return;
+    fuzz_codec_begin(input, size, 1 + size % 61);
     if (size % 2)
         glsCallArray(type, size, input);
     else
         glsCallStream(fuzz_no_name);
+    fuzz_codec_end();
 }
 
 GLSenum fuzz_stream_type(const uint8_t *input, size_t size)

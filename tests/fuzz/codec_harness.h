@@ -21,6 +21,7 @@ extern const GLubyte fuzz_name_a[8];
 // The form a stream's first bytes claim: four zero bytes start a binary stream, whose order the
 // next word tells.
 GLSenum fuzz_stream_type(const uint8_t *input, size_t size);
-// The two ways into a read: the unnamed stream in pieces, or glsCallArray, chosen by the size's
-// parity so that both are fuzzed without reading each input twice.
-void fuzz_codec_read(GLSenum type, const uint8_t *input, size_t size);
+// The reader targets: a read of the input if it is of the form asked for (text or binary), by one
+// of two ways chosen by the size's parity, so that both are fuzzed without reading each input
+// twice: the unnamed stream in pieces, or glsCallArray.
+void fuzz_codec_read_input(const uint8_t *input, size_t size, bool binary);

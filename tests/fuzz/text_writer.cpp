@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <vector>
 
 namespace {
@@ -56,42 +57,32 @@ size_t sink(size_t count, const void *)
     return sink_fails_at && sink_taken > sink_fails_at ? 0 : count;
 }
 
-void check_number(const char *ours, const char *expected)
+// The C library's text for a float ("%.7G") or a double ("%.16G"), with the writer's NaN and
+// infinity forms.
+template <typename T> void check_number(T value)
 {
+    char ours[32], expected[40];
+    sizeof value == 4 ? gls_format_float(ours, value) : gls_format_double(ours, value);
+    uint64_t bits = 0;
+    memcpy(&bits, &value, sizeof value);
+    if (std::isnan(value))
+        snprintf(expected, sizeof expected, "0x%llX", (unsigned long long)bits);
+    else if (std::isinf(value))
+        snprintf(expected, sizeof expected, "%sGLS_INF", value < 0 ? "-" : "");
+    else
+        snprintf(expected, sizeof expected, sizeof value == 4 ? "%.7G" : "%.16G", (double)value);
     if (strcmp(ours, expected)) {
         fprintf(stderr, "number written as %s, expected %s\n", ours, expected);
         abort();
     }
 }
 
-void check_float(float value)
+template <typename T> T number(Input &in)
 {
-    char ours[32], expected[40];
-    gls_format_float(ours, value);
-    uint32_t bits;
-    memcpy(&bits, &value, 4);
-    if (std::isnan(value))
-        snprintf(expected, sizeof expected, "0x%X", bits);
-    else if (std::isinf(value))
-        snprintf(expected, sizeof expected, "%sGLS_INF", value < 0 ? "-" : "");
-    else
-        snprintf(expected, sizeof expected, "%.7G", value);
-    check_number(ours, expected);
-}
-
-void check_double(double value)
-{
-    char ours[32], expected[40];
-    gls_format_double(ours, value);
-    uint64_t bits;
-    memcpy(&bits, &value, 8);
-    if (std::isnan(value))
-        snprintf(expected, sizeof expected, "0x%llX", (unsigned long long)bits);
-    else if (std::isinf(value))
-        snprintf(expected, sizeof expected, "%sGLS_INF", value < 0 ? "-" : "");
-    else
-        snprintf(expected, sizeof expected, "%.16G", value);
-    check_number(ours, expected);
+    uint64_t bits = in.bytes(sizeof(T));
+    T value;
+    memcpy(&value, &bits, sizeof value);
+    return value;
 }
 
 const size_t element_sizes[] = {1, 1, 1, 2, 2, 4, 4, 8, 4, 8};
@@ -107,11 +98,11 @@ void vector_slot(GlsWriter *w, Input &in, int kind)
     std::vector<uint8_t> bytes = in.data(count * size);
     if (kind == 8)
         for (GLuint i = 0; i < count; ++i)
-            check_float(((const float *)bytes.data())[i]);
+            check_number(((const float *)bytes.data())[i]);
     slots[kind](w, count, null ? nullptr : block(bytes));
 }
 
-void by_enum_slot(GlsWriter *w, Input &in, int kind)
+template <int kind> void by_enum_slot(GlsWriter *w, Input &in)
 {
     GLenum pname = in.word();
     if (kind < 3) {
@@ -123,15 +114,9 @@ void by_enum_slot(GlsWriter *w, Input &in, int kind)
     } else if (kind == 3) {
         w->putGLintByEnum(w, pname, (GLint)in.word());
     } else if (kind == 4) {
-        uint32_t bits = in.word();
-        float value;
-        memcpy(&value, &bits, 4);
-        w->putGLfloatByEnum(w, pname, value);
+        w->putGLfloatByEnum(w, pname, number<float>(in));
     } else {
-        uint64_t bits = in.bytes(8);
-        double value;
-        memcpy(&value, &bits, 8);
-        w->putGLdoubleByEnum(w, pname, value);
+        w->putGLdoubleByEnum(w, pname, number<double>(in));
     }
 }
 
@@ -196,88 +181,64 @@ void end_command(GlsWriter *w)
     command_open = false;
 }
 
-void one_operation(GlsWriter *w, Input &in)
+// Slots of one number, read from the next bytes of the input; floats and doubles are checked too.
+template <auto Slot, int Bytes> void scalar(GlsWriter *w, Input &in) { (w->*Slot)(w, in.bytes(Bytes)); }
+template <auto Slot, typename T> void checked(GlsWriter *w, Input &in)
 {
-    uint8_t op = in.byte();
-    switch (op % 48) {
-    case 0:
+    T value = number<T>(in);
+    check_number(value);
+    (w->*Slot)(w, value);
+}
+template <auto Slot, int Bytes> void matrix(GlsWriter *w, Input &in)
+{
+    bool null = in.byte() == 0;
+    const void *data = block(in.data(16 * Bytes));
+    (w->*Slot)(w, null ? nullptr : data);
+}
+
+using Operation = void (*)(GlsWriter *, Input &);
+// By the operation's byte, modulo their count.
+const Operation operations[] = {
+    [](GlsWriter *w, Input &in) {
         end_command(w);
         command_open = w->beginCommand(w, (GLSopcode)in.bytes(2), in.word());
-        break;
-    case 1: end_command(w); break;
-    case 2: w->nextList(w); break;
-    case 3: string_slot(w, in); break;
-    case 4: w->putGLSenum(w, (GLint)in.word()); break;
-    case 5: w->putGLSimageFlags(w, in.word()); break;
-    case 6: w->putGLlong(w, (GLlong)in.bytes(8)); break;
-    case 7: w->putGLulongHex(w, in.bytes(8)); break;
-    case 8: w->putGLSopcode(w, (GLint)in.word()); break;
-    case 9: w->putGLattribMask(w, in.word()); break;
-    case 10: bitmap_slot(w, in); break;
-    case 11: w->putGLblendFactor(w, in.word()); break;
-    case 12: w->putGLboolean(w, in.byte()); break;
-    case 13: w->putGLbyte(w, (GLbyte)in.byte()); break;
-    case 14: w->putGLclearMask(w, in.word()); break;
-    case 15: w->putGLclientAttribMask(w, in.word()); break;
-    case 16: {
-        uint64_t bits = in.bytes(8);
-        double value;
-        memcpy(&value, &bits, 8);
-        check_double(value);
-        w->putGLdouble(w, value);
-        break;
-    }
-    case 17: {
-        uint32_t bits = in.word();
-        float value;
-        memcpy(&value, &bits, 4);
-        check_float(value);
-        w->putGLfloat(w, value);
-        break;
-    }
-    case 18: case 19: {
-        bool is_float = op % 48 == 18;
-        bool null = in.byte() == 0;
-        const void *matrix = block(in.data(16 * (is_float ? 4 : 8)));
-        (is_float ? w->putGLfloatMatrix : w->putGLdoubleMatrix)(w, null ? nullptr : matrix);
-        break;
-    }
-    case 20: w->putGLdrawBuffer(w, in.word()); break;
-    case 21: w->putGLenum(w, in.word()); break;
-    case 22: w->putGLint(w, (GLint)in.word()); break;
-    case 23: w->putGLintHeader(w, in.word(), (GLint)in.word()); break;
-    case 24: {
+    },
+    [](GlsWriter *w, Input &) { end_command(w); },
+    [](GlsWriter *w, Input &) { w->nextList(w); },
+    string_slot,
+    scalar<&GlsWriter::putGLSenum, 4>, scalar<&GlsWriter::putGLSimageFlags, 4>, scalar<&GlsWriter::putGLlong, 8>,
+    scalar<&GlsWriter::putGLulongHex, 8>, scalar<&GlsWriter::putGLSopcode, 4>, scalar<&GlsWriter::putGLattribMask, 4>,
+    bitmap_slot,
+    scalar<&GlsWriter::putGLblendFactor, 4>, scalar<&GlsWriter::putGLboolean, 1>, scalar<&GlsWriter::putGLbyte, 1>,
+    scalar<&GlsWriter::putGLclearMask, 4>, scalar<&GlsWriter::putGLclientAttribMask, 4>,
+    checked<&GlsWriter::putGLdouble, double>, checked<&GlsWriter::putGLfloat, float>,
+    matrix<&GlsWriter::putGLfloatMatrix, 4>, matrix<&GlsWriter::putGLdoubleMatrix, 8>,
+    scalar<&GlsWriter::putGLdrawBuffer, 4>, scalar<&GlsWriter::putGLenum, 4>, scalar<&GlsWriter::putGLint, 4>,
+    [](GlsWriter *w, Input &in) { w->putGLintHeader(w, in.word(), (GLint)in.word()); },
+    [](GlsWriter *w, Input &in) {
         GLuint index = in.byte() % 8;
         w->putGLoutArg(w, index, (const GLvoid *)(uintptr_t)in.bytes(8));
-        break;
-    }
-    case 25: w->putGLshort(w, (GLshort)in.bytes(2)); break;
-    case 26: w->putGLstencilOp(w, in.word()); break;
-    case 27: w->putGLtextureComponents(w, (GLint)in.word()); break;
-    case 28: w->putGLubyte(w, in.byte()); break;
-    case 29: w->putGLuint(w, in.word()); break;
-    case 30: w->putGLuintHex(w, in.word()); break;
-    case 31: w->putGLushort(w, (GLushort)in.bytes(2)); break;
-    case 32: w->putGLushortHex(w, (GLushort)in.bytes(2)); break;
-    case 33: {
+    },
+    scalar<&GlsWriter::putGLshort, 2>, scalar<&GlsWriter::putGLstencilOp, 4>,
+    scalar<&GlsWriter::putGLtextureComponents, 4>, scalar<&GlsWriter::putGLubyte, 1>, scalar<&GlsWriter::putGLuint, 4>,
+    scalar<&GlsWriter::putGLuintHex, 4>, scalar<&GlsWriter::putGLushort, 2>, scalar<&GlsWriter::putGLushortHex, 2>,
+    [](GlsWriter *w, Input &in) {
         GLenum format = in.byte() % 2 ? 10784 + in.byte() % 14 : in.word();
         GLuint size = in.bytes(2) % 1024;
         bool null = in.byte() == 0;
         const void *data = block(in.data(size));
         w->putGLvertexData(w, format, size, null ? nullptr : data);
-        break;
-    }
-    case 34: w->putGLpointer(w, (const GLvoid *)(uintptr_t)in.bytes(8)); break;
-    case 35: w->putGLnothing(w, in.word()); break;
-    case 36: w->padToDouble(w, in.byte() & 1); break;
-    case 37: glsFlush(); break;
-    case 38: case 39: case 40: case 41: case 42: case 43: by_enum_slot(w, in, op % 48 - 38); break;
-    case 44: vector_slot(w, in, in.byte() % 10); break;
-    case 45: image_slot(w, in, in.byte() % 10); break;
-    case 46: w->putGLuint(w, in.word()); break;
-    default: w->putGLenum(w, 10784 + in.byte() % 14); break;
-    }
-}
+    },
+    [](GlsWriter *w, Input &in) { w->putGLpointer(w, (const GLvoid *)(uintptr_t)in.bytes(8)); },
+    scalar<&GlsWriter::putGLnothing, 4>,
+    [](GlsWriter *w, Input &in) { w->padToDouble(w, in.byte() & 1); },
+    [](GlsWriter *, Input &) { glsFlush(); },
+    by_enum_slot<0>, by_enum_slot<1>, by_enum_slot<2>, by_enum_slot<3>, by_enum_slot<4>, by_enum_slot<5>,
+    [](GlsWriter *w, Input &in) { vector_slot(w, in, in.byte() % 10); },
+    [](GlsWriter *w, Input &in) { image_slot(w, in, in.byte() % 10); },
+    scalar<&GlsWriter::putGLuint, 4>,
+    [](GlsWriter *w, Input &in) { w->putGLenum(w, 10784 + in.byte() % 14); },
+};
 
 } // namespace
 
@@ -299,7 +260,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         GlsWriter *w = gls_current()->currentWriter;
         command_open = false;
         while (!in.empty())
-            one_operation(w, in);
+            operations[in.byte() % std::size(operations)](w, in);
         end_command(w);
         glsEndCapture();
     }

@@ -2,7 +2,7 @@
 """Checks of generator/generate.py: its outputs say what the table says, and a broken table
 stops the build with the line named.
 
-    generator_test.py GENERATOR TABLE GL_XML
+    generator_test.py GENERATOR TABLE GL_XML SNIPPETS
 """
 import os
 import re
@@ -10,7 +10,7 @@ import subprocess
 import sys
 import tempfile
 
-generator, table, gl_xml = sys.argv[1], sys.argv[2], sys.argv[3]
+generator, table, gl_xml, snippets = sys.argv[1:5]
 failures = []
 
 
@@ -51,31 +51,20 @@ with tempfile.TemporaryDirectory() as out:
     check(not [n for n in x64 if n.endswith('EXT') or n.startswith('glu') or n[0].isupper()],
           'EXT, GLU or GDI name exported')
     check(len([n for n in x64 if n.startswith('wgl')]) == 24, 'WGL exports')
-    # stdcall decoration counts doubles as 8 bytes and everything else as 4.
-    decorated = dict(l.split(' = ') for l in x86)
-    for name, size in (('glClearDepth', 8), ('glRotated', 32), ('glRectfv', 8), ('glGetString', 4),
-                       ('glFinish', 0), ('wglUseFontOutlinesA', 32)):
-        check(decorated.get(name) == '%s@%d' % (name, size), 'decoration of %s: %s' % (name, decorated.get(name)))
     forwards = [l.strip() for l in lines('opengl32.def')[3:] if l.strip()]
     check(len(forwards) == 360 and all(re.match(r'^(\w+) = quondale\.\1$', l) for l in forwards),
           'forwarding .def')
 
-    exports = open(os.path.join(out, 'exports.cpp')).read()
-    check('const GLubyte packed[3] = {red, green, blue};\n    glColor3ubv(packed);' in exports, 'glColor3ub folding')
-    check('glRectfv(packed, packed + 2);' in exports, 'glRect folding')
-    check(re.search(r'entry_glBindTexture\(target, texture\)', exports) is not None, 'alias entry')
-    check('((fn_glClear)table[OP_glClear])(mask)' in exports, 'glClear dispatches on its opcode')
-    check('glBindTextureEXT' not in exports, 'EXT row exported')
-
-    # Image kinds and the vertex-array column become calls of the routines the table names.
+    # Texts the outputs hold (or, behind "!", must not): stdcall decoration counting doubles as 8
+    # bytes, folded and aliased entries, image kinds and the vertex-array column as calls of the
+    # routines the table names, the names' extra rows, wrappers and taps.
+    for line in open(snippets).read().splitlines():
+        name, text = line.split(': ', 1)
+        present = not text.startswith('!')
+        text = text.lstrip('!').replace('\\n', '\n')
+        found = text in open(os.path.join(out, name)).read()
+        check(found == present, '%s %s %r' % (name, 'lacks' if present else 'has', text))
     tables = open(os.path.join(out, 'gls_tables.cpp')).read()
-    check('gls_pixel_layout(ctx, format, type, width, 1, 1, false, row)' in tables and
-          'gls_pixel_layout(ctx, format, type, height, 1, 1, false, column)' in tables, 'separable filter images')
-    check('gls_pixel_layout(ctx, format, type, width, height, depth, true, pixels)' in tables, 'volume image')
-    check('gls_pixel_layout(ctx, GL_COLOR_INDEX, GL_BITMAP, 32, 32, 1, false, mask)' in tables, 'stipple bitmap')
-    check('beginCommand(writer, OP_glBitmap, (uint64_t)28 + pixels_bitmap.bytes)' in tables, 'bitmap size')
-    check('if (ctx->captureVertexArrays && gls_capture_draw_elements(ctx, mode, count, type, indices))\n        return;'
-          in tables, 'vertex-array hand-over')
     check(tables.count('ctx->captureVertexArrays') == 3, 'vertex-array rows')
     # The reading side lays out each command's arguments as its capture function writes them.
     decode = open(os.path.join(out, 'gls_decode.cpp')).read()
@@ -89,17 +78,9 @@ with tempfile.TemporaryDirectory() as out:
     check(args_of('glGetIntegerv') == ['SCALAR', 'OUT'], 'glGetIntegerv writes an output pointer')
     check(len(re.findall(r'^static void decode_gl[A-Z]', decode, re.M)) == 305, 'a decode row for every GL command')
     check('(GlsFunc)decode_glsEndGLS,' in decode.split('gls_swap_table')[1], 'a command without arguments has nothing to swap')
-    names = open(os.path.join(out, 'gls_names.cpp')).read()
-    check('"GLS_DISPLAY_LIST_SGIX", // 0x200' in names, 'the GLS row at 512')
-    check('{"GLS_FALSE", 0},' in names and '{"GLS_TRUE", 1},' in names, 'the extra pairs of the GLS dictionary')
-    wrappers = open(os.path.join(out, 'wrappers.cpp')).read()
-    check('debug_glAlphaFragmentOp1ATI' not in wrappers and '    nullptr,\n' in wrappers,
-          'a vendor row without a command gets no wrapper')
-    check('gls_default_capture[OP_glClear])(a->mask)' in wrappers, 'a wrapper calls its capture function')
     # The player's taps hand GL the arguments as player_tap left them; GL's counts by pname are the
     # glsizes rows and then the codec's.
     taps = open(os.path.join(out, 'player_taps.cpp')).read()
-    check('(GLenum)a[5].u, (void *)a[6].p);' in taps, 'glReadPixels gets its area from player_tap')
     aniso = (re.search(r'gl_sizes_texParameter\[\] = \{\n(.*?)\n\};', taps, re.S) or re.match('()', '')).group(1)
     check('{0x84FE, 1, "GL_TEXTURE_MAX_ANISOTROPY_EXT"},\n' in aniso and aniso.endswith('{0, 0, nullptr},') and
           aniso.index('ANISOTROPY') < aniso.index('"GL_TEXTURE_BORDER_COLOR"'), 'GL\'s counts of glTexParameter')

@@ -7,11 +7,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 namespace {
 
 // Runs pieces through the history formatter into a memory file and returns what it wrote.
-std::string history(std::initializer_list<std::string> pieces, int depth = 0, bool limit = false)
+std::string history(const std::vector<std::string> &pieces, int depth, bool limit)
 {
     char *buffer = nullptr;
     size_t size = 0;
@@ -41,36 +42,37 @@ std::string values(int count, int from = 1)
     return text;
 }
 
-TEST(HistoryLines, StatementsGetCarriageReturnLineEnds)
+TEST(HistoryLines, CarriageReturnLineEndsIndentsAndShortArrays)
 {
-    EXPECT_EQ(history({"glsBeginGLS(1, 0);\n", "glClear(GL_COLOR_BUFFER_BIT);\n"}),
-              "glsBeginGLS(1, 0);\r\nglClear(GL_COLOR_BUFFER_BIT);\r\n");
-    // A piece without a line feed continues the line; a rest behind the last line feed ends one.
-    EXPECT_EQ(history({"glBegin(", "GL_TRIANGLES);\n"}), "glBegin(GL_TRIANGLES);\r\n");
-    EXPECT_EQ(history({"a\nb"}), "a\r\nb\r\n");
-    EXPECT_EQ(history({"glColor4fv({\n    1, 2, 3, 4, 5\n});\n"}),
-              "glColor4fv({\r\n    1, 2, 3, 4, 5\r\n});\r\n");
-    // Line feeds in the last eight bytes, and a piece of one byte more than a word.
-    EXPECT_EQ(history({"glEnd();\nx;\n", "glFlush\n"}), "glEnd();\r\nx;\r\nglFlush\r\n");
-    EXPECT_EQ(history({"glFlush;\n\n"}), "glFlush;\r\n\r\n");
-}
-
-TEST(HistoryLines, CallsInsideGluAreIndentedByDepth)
-{
-    EXPECT_EQ(history({"glBegin(GL_QUADS);\n"}, 1), "  glBegin(GL_QUADS);\r\n");
-    EXPECT_EQ(history({"\n"}, 1), "  \r\n");
-    EXPECT_EQ(history({"a\nb"}, 2), "    a\r\n    b"); // an indented rest gets no line end
-    EXPECT_EQ(history({"x"}, 1), "  x");
-    EXPECT_EQ(history({"x;\n"}, -1), "x;\r\n");
-}
-
-TEST(HistoryLines, LongArraysAreShortenedOnlyWhenLimited)
-{
-    std::string seventeen = "glFoo({" + values(17) + "});\n";
-    EXPECT_EQ(history({seventeen}, 0, true), "glFoo({" + values(16) + ", ...});\r\n");
-    EXPECT_EQ(history({seventeen}, 0, false), "glFoo({" + values(17) + "});\r\n");
-    std::string sixteen = "glFoo({" + values(16) + "});\n";
-    EXPECT_EQ(history({sixteen}, 0, true), "glFoo({" + values(16) + "});\r\n");
+    std::string sixteen = "glFoo({" + values(16) + "});\n", seventeen = "glFoo({" + values(17) + "});\n";
+    const struct {
+        std::vector<std::string> pieces;
+        int depth;
+        bool limit;
+        std::string expected;
+    } cases[] = {
+        {{"glsBeginGLS(1, 0);\n", "glClear(GL_COLOR_BUFFER_BIT);\n"}, 0, false,
+         "glsBeginGLS(1, 0);\r\nglClear(GL_COLOR_BUFFER_BIT);\r\n"},
+        // A piece without a line feed continues the line; a rest behind the last line feed ends one.
+        {{"glBegin(", "GL_TRIANGLES);\n"}, 0, false, "glBegin(GL_TRIANGLES);\r\n"},
+        {{"a\nb"}, 0, false, "a\r\nb\r\n"},
+        {{"glColor4fv({\n    1, 2, 3, 4, 5\n});\n"}, 0, false, "glColor4fv({\r\n    1, 2, 3, 4, 5\r\n});\r\n"},
+        // Line feeds in the last eight bytes, and a piece of one byte more than a word.
+        {{"glEnd();\nx;\n", "glFlush\n"}, 0, false, "glEnd();\r\nx;\r\nglFlush\r\n"},
+        {{"glFlush;\n\n"}, 0, false, "glFlush;\r\n\r\n"},
+        // Calls inside GLU are indented by their depth; an indented rest gets no line end.
+        {{"glBegin(GL_QUADS);\n"}, 1, false, "  glBegin(GL_QUADS);\r\n"},
+        {{"\n"}, 1, false, "  \r\n"},
+        {{"a\nb"}, 2, false, "    a\r\n    b"},
+        {{"x"}, 1, false, "  x"},
+        {{"x;\n"}, -1, false, "x;\r\n"},
+        // Long arrays are shortened only when limited.
+        {{seventeen}, 0, true, "glFoo({" + values(16) + ", ...});\r\n"},
+        {{seventeen}, 0, false, "glFoo({" + values(17) + "});\r\n"},
+        {{sixteen}, 0, true, "glFoo({" + values(16) + "});\r\n"},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(history(c.pieces, c.depth, c.limit), c.expected) << c.pieces[0] << " at depth " << c.depth;
 }
 
 TEST(ShortenData, FollowsTheFirstBraceAndItsCommas)
@@ -99,32 +101,22 @@ TEST(LastCall, DropsTheCommandLineEnd)
     EXPECT_EQ(last_call("a\nbcd"), "a\r\nb");
 }
 
-TEST(LastCall, LongPiecesKeepTheirHead)
+TEST(LastCall, LongPiecesKeepTheirHeadWithinTheField)
 {
     std::string exact(LONG_PIECE - 1, 'x');
-    exact += '\n';
-    EXPECT_EQ(last_call(exact), std::string(LONG_PIECE - 1, 'x'));
-    std::string longer(LONG_PIECE, 'y');
-    longer += '\n';
-    EXPECT_EQ(last_call(longer), std::string(LONG_PIECE_KEPT, 'y') + "...");
+    EXPECT_EQ(last_call(exact + '\n'), exact);
+    EXPECT_EQ(last_call(std::string(LONG_PIECE, 'y') + '\n'), std::string(LONG_PIECE_KEPT, 'y') + "...");
 
     // With lines: the first 9984 source characters, each line ended by CR LF, then the points.
-    std::string lines;
+    std::string lines, expected;
     while (lines.size() <= LONG_PIECE)
         lines += std::string(99, 'z') + "\n";
-    std::string expected;
     for (int i = 0; i < LONG_PIECE_KEPT; ++i)
         expected += lines[i] == '\n' ? std::string("\r\n") : std::string(1, lines[i]);
     EXPECT_EQ(last_call(lines), expected + "...");
-}
 
-TEST(LastCall, NeverRunsPastItsField)
-{
     // Many short lines would need more than the field: the text stops at the field's end.
-    std::string lines;
-    while (lines.size() <= LONG_PIECE)
-        lines += "\n";
-    std::string text = last_call(lines);
+    std::string text = last_call(std::string(LONG_PIECE + 1, '\n'));
     EXPECT_LT(text.size(), (size_t)LAST_CALL_TEXT_SIZE);
     EXPECT_EQ(text.substr(text.size() - 3), "...");
 }
