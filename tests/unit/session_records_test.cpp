@@ -1,4 +1,4 @@
-// Start values of the session records. Blocks come unzeroed from the heap, so each test fills a
+// Start values of the session records, and the generated state catalogue copied into master. Blocks come unzeroed from the heap, so each test fills a
 // block over garbage: a field the filling forgets shows up as the garbage pattern.
 #include "records/records.h"
 
@@ -6,7 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <fstream>
+#include <string>
 
 namespace {
 
@@ -48,7 +51,7 @@ TEST(PerProcStart, HaltedWithEverythingTracedAndABreakOnlyOnFlush)
     block_free(proc);
 }
 
-TEST(MasterStart, CopiesTheCatalogueAndEmptiesTheDirectories)
+TEST(MasterStart, CopiesTheCataloguesZeroesTheSpareEnumerantsAndEmptiesTheDirectories)
 {
     master *table = garbage_block<master>();
     fill_master(table, 99);
@@ -56,6 +59,12 @@ TEST(MasterStart, CopiesTheCatalogueAndEmptiesTheDirectories)
         ASSERT_STREQ(table->gl_names[row], gl_call_names[row]);
         ASSERT_EQ(table->opcode_of_call[row], opcode_of_call[row]);
     }
+    EXPECT_EQ(memcmp(table->state_rows, state_catalogue, sizeof state_catalogue), 0);
+    EXPECT_EQ(memcmp(table->enumerants, enumerant_table, sizeof enumerant_table), 0);
+    EXPECT_STREQ(table->enumerants[ENUMERANT_ROWS_COPIED - 1].name, "GL_ZOOM_Y");
+    const uint8_t *spare = (const uint8_t *)&table->enumerants[ENUMERANT_ROWS_COPIED];
+    const uint8_t *end = (const uint8_t *)&table->enumerants[ENUMERANT_ROWS];
+    EXPECT_EQ(std::count(spare, end, 0), end - spare);
     EXPECT_EQ(table->next_gl_id, 1);
     EXPECT_EQ(table->proc_count, 0);
     EXPECT_EQ(table->gl_count, 0);
@@ -63,6 +72,33 @@ TEST(MasterStart, CopiesTheCatalogueAndEmptiesTheDirectories)
     EXPECT_EQ(table->gl_table[MASTER_GL_ROWS - 1].gl_id, -1);
     EXPECT_EQ(table->gl_table[MASTER_GL_ROWS - 1].handle, 0);
     block_free(table);
+}
+
+// kind, first_enum, second_enum, third_enum, type, count and name of a row, as one line.
+std::string row_text(const state_row &r)
+{
+    char text[400];
+    snprintf(text, sizeof text, "%d %X %X %X %d %d %s\n", r.kind, (unsigned)r.first_enum,
+             (unsigned)r.second_enum, (unsigned)r.third_enum, r.type, r.count, r.name);
+    return text;
+}
+
+TEST(StateCatalogue, KindsInTheirRowsAndTheRowsThatStandAsTheyAre)
+{
+    std::string text;
+    for (int row : {0, 221, 222, 228, 361, 381, 382, 410})
+        text += row_text(state_catalogue[row]);
+    for (const char *name : {"glGet(GL_FOG)", "glGet(GL_LOGIC_OP)", "glGet(GL_INDEX_LOGIC_OP)",
+                             "glGet(GL_MAP2_GRID_DOMAIN)", "glGet(GL_MAP2_GRID_SEGMENTS)", "glGet(GL_POLYGON_MODE)",
+                             "glGetPixelMap(GL_PIXEL_MAP_R_TO_R)"}) {
+        auto row = std::find_if(std::begin(state_catalogue), std::end(state_catalogue),
+                                [&](const state_row &r) { return strcmp(r.name, name) == 0; });
+        text += row == std::end(state_catalogue) ? "none\n" : row_text(*row);
+    }
+    std::ifstream file(QUONDALE_EXPECTED "/state_catalogue_rows.txt", std::ios::binary);
+    EXPECT_EQ(text, std::string(std::istreambuf_iterator<char>(file), {}));
+    EXPECT_EQ(std::count_if(std::begin(state_catalogue), std::end(state_catalogue),
+                            [](const state_row &row) { return row.type == 3; }), 1);
 }
 
 TEST(PerGlStart, NullRecordHasNoStateAndARealContextCountsFromItsId)
