@@ -11,9 +11,16 @@
 
 #include <cmath>
 #include <cstring>
+#include <fstream>
 #include <string>
 
 namespace {
+
+std::string expected_text(const char *name)
+{
+    std::ifstream file(std::string(QUONDALE_EXPECTED "/") + name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
 
 // The room of master.enumerants: the copied names, then zero rows.
 const enumerant_row *enumerant_room()
@@ -42,28 +49,15 @@ TEST(StateSaveBlock, MatrixLinesStandUnderTheirPrefix)
     values.default_values[13] = 10.0f;
     values.default_values[14] = 0.25f;
     const state_row row = {1, 0x0BA6, -1, 0, 4, 16, "glGet(GL_MODELVIEW_MATRIX)"};
-    char out[STATE_SAVE_BLOCK_SIZE];
-    state_save_block(&row, &values, true, enumerant_room(), out);
-    EXPECT_STREQ(out, "glGet(GL_MODELVIEW_MATRIX)\n"
-                      "Current Value: 1.0000 0.0000 0.0000 0.0000\r\n"
-                      "               0.0000 1.0000 0.0000 0.0000\r\n"
-                      "               0.0000 0.0000 1.0000 0.0000\r\n"
-                      "               0.0000 0.0000 0.0000 1.0000\r\n"
-                      "Default Value: 1.0000 0.0000 0.0000 0.0000\r\n"
-                      "               0.0000 1.0000 0.0000 0.0000\r\n"
-                      "               0.0000 0.0000 1.0000 0.0000\r\n"
-                      "               -2.5000 10.0000 0.2500 1.0000\r\n"
-                      "\n");
+    char matrix[STATE_SAVE_BLOCK_SIZE], mask_block[STATE_SAVE_BLOCK_SIZE];
+    state_save_block(&row, &values, true, enumerant_room(), matrix);
     // Without a usable context the values of the last scan stand under another prefix.
     const state_row mask = {1, 0x0C23, -1, 0, 1, 4, "glGet(GL_COLOR_WRITEMASK)"};
     const float current[4] = {1, 0, 1, 2};
     std::copy(current, current + 4, values.current);
     std::fill(values.default_values, values.default_values + 4, 1.0f);
-    state_save_block(&mask, &values, false, enumerant_room(), out);
-    EXPECT_STREQ(out, "glGet(GL_COLOR_WRITEMASK)\n"
-                      "Last Valid Value: GL_TRUE GL_FALSE GL_TRUE 0x0002 \r\n"
-                      "Default Value: GL_TRUE GL_TRUE GL_TRUE GL_TRUE \r\n"
-                      "\n");
+    state_save_block(&mask, &values, false, enumerant_room(), mask_block);
+    EXPECT_EQ(std::string(matrix) + mask_block, expected_text("state_save_blocks.txt"));
 }
 
 TEST(StateText, EachValueFollowedByABlankOrInLinesOfFour)
@@ -126,49 +120,29 @@ per_gl &format(int32_t handle, uint8_t double_buffer, int32_t pixel_type, std::i
     return gl;
 }
 
-std::string visual_info(const per_gl &gl)
+// The history's line then the window's lines of each format, as one text.
+TEST(PixelFormatTexts, EveryBufferInItsPlaceAndAccumulationForRgbaOnly)
 {
-    char text[VISUAL_INFO_SIZE];
-    visual_info_text(&gl, text);
-    return text;
-}
-
-std::string window_info(const per_gl &gl)
-{
-    static char text[WINDOW_INFO_TEXT_SIZE];
-    window_info_text(&gl, text);
-    return text;
-}
-
-TEST(PixelFormatTexts, RgbaWithoutAlphaOrAccumulation)
-{
-    per_gl &gl = format(1, 1, GL_RGBA, {8, 8, 8, 0}, {0, 0, 0, 0}, 0, 0, 24);
-    EXPECT_EQ(visual_info(gl), "GLX_USE_GL, GLX_DOUBLEBUFFER, GLX_RGBA, GLX_RED_SIZE, 8, GLX_GREEN_SIZE, 8, "
-                               "GLX_BLUE_SIZE, 8, GLX_DEPTH_SIZE, 24, None");
-    EXPECT_EQ(window_info(gl), "Indirect Render\r\nDouble Buffer\r\nRGBA (8, 8, 8, 0)\r\nDepth Buffer (24)");
-}
-
-TEST(PixelFormatTexts, EveryBufferInItsPlace)
-{
+    std::string text;
+    auto add = [&](const per_gl &gl) {
+        char visual[VISUAL_INFO_SIZE];
+        static char window[WINDOW_INFO_TEXT_SIZE];
+        visual_info_text(&gl, visual);
+        window_info_text(&gl, window);
+        text += std::string(visual) + "\n" + window + "\n";
+    };
+    add(format(1, 1, GL_RGBA, {8, 8, 8, 0}, {0, 0, 0, 0}, 0, 0, 24));
+    // An accumulation buffer with alpha bits alone still has its line.
     per_gl &gl = format(1, 0, GL_RGBA, {5, 6, 5, 8}, {0, 0, 0, 16}, 0, 8, 16);
     gl.stereo = 1;
     gl.aux_buffers = 2;
-    EXPECT_EQ(visual_info(gl), "GLX_USE_GL, GLX_STEREO, GLX_AUX_BUFFERS, 2, GLX_RGBA, GLX_RED_SIZE, 5, "
-                               "GLX_GREEN_SIZE, 6, GLX_BLUE_SIZE, 5, GLX_ALPHA_SIZE, 8, GLX_ACCUM_ALPHA_SIZE, 16, "
-                               "GLX_DEPTH_SIZE, 16, GLX_STENCIL_SIZE, 8, None");
-    // An accumulation buffer with alpha bits alone still has its line.
-    EXPECT_EQ(window_info(gl), "Indirect Render\r\nSingle Buffer\r\nRGBA (5, 6, 5, 8)\r\n"
-                               "Accum Buffer (0, 0, 0, 16)\r\nStencil Buffer (8)\r\nDepth Buffer (16)");
-}
+    add(gl);
+    add(format(1, 0, GL_COLOR_INDEX, {0, 0, 0, 0}, {8, 8, 8, 8}, 8, 0, 0));
+    EXPECT_EQ(text, expected_text("pixel_formats.txt"));
 
-TEST(PixelFormatTexts, ColourIndexAndNoContext)
-{
-    per_gl &gl = format(1, 0, GL_COLOR_INDEX, {0, 0, 0, 0}, {8, 8, 8, 8}, 8, 0, 0);
-    // Accumulation sizes belong to RGBA formats only.
-    EXPECT_EQ(visual_info(gl), "GLX_USE_GL, GLX_BUFFER_SIZE, 8, None");
-    EXPECT_EQ(window_info(gl), "Indirect Render\r\nSingle Buffer\r\nColor Index (8)\r\nAccum Buffer (8, 8, 8, 8)");
-    gl.handle = 0;
-    EXPECT_EQ(window_info(gl), "");
+    char window[WINDOW_INFO_TEXT_SIZE];
+    window_info_text(&format(0, 0, GL_RGBA, {8, 8, 8, 8}, {0, 0, 0, 0}, 0, 0, 0), window);
+    EXPECT_STREQ(window, ""); // no context
 }
 
 } // namespace
