@@ -6,6 +6,7 @@
 #include "gls/gls.h"
 #include "gls/tables.h"
 
+#include <string>
 #include <thread>
 
 // A number inside the opcode range that no command has.
@@ -27,24 +28,24 @@ struct ScopedContext {
 
 size_t discard_bytes(size_t count, const void *) { return count; }
 
-TEST(ErrorWord, KeepsTheFirstErrorUntilRead)
+TEST(ErrorWord, WithoutAContextStateErrorKeptFirstUntilReadOnItsOwnThread)
 {
+    glsContext(0);
     glsGetError();
-    glsCaptureFlags(OP_glNewList, 3); // no context: state error
-    glsStringType(999);     // would be a parameter error
+    EXPECT_EQ(glsGetCurrentContext(), 0u);
+    EXPECT_EQ(glsGetError(), GLS_NONE); // asking for the current context is no error
+    EXPECT_EQ(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0), 0);
     EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
-    EXPECT_EQ(glsGetError(), GLS_NONE);
-}
-
-TEST(ErrorWord, IsPerThread)
-{
-    glsGetError();
+    glsDataPointer(nullptr);
+    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
     glsCaptureFlags(OP_glNewList, 3);
+    glsStringType(999); // would be a parameter error
     GLSenum seen_elsewhere = -1;
     std::thread other([&] { seen_elsewhere = glsGetError(); });
     other.join();
     EXPECT_EQ(seen_elsewhere, GLS_NONE);
     EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
+    EXPECT_EQ(glsGetError(), GLS_NONE);
 }
 
 TEST(Contexts, IdsCountUpAndAreNeverReused)
@@ -91,36 +92,16 @@ TEST(Contexts, BindingRules)
     EXPECT_EQ(other_current, 0u);
 }
 
-TEST(Contexts, OperationsWithoutAContextSetStateError)
-{
-    glsContext(0);
-    glsGetError();
-    EXPECT_EQ(glsGetCurrentContext(), 0u);
-    EXPECT_EQ(glsGetError(), GLS_NONE); // asking for the current context is no error
-    EXPECT_EQ(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0), 0);
-    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
-    glsDataPointer(nullptr);
-    EXPECT_EQ(glsGetError(), GLS_STATE_ERROR);
-}
-
-TEST(CaptureFlags, StartValuesFollowTheAttributeBytes)
+TEST(CaptureFlags, StartValuesFollowTheAttributeBytesAndRefusalsLeaveTheByte)
 {
     ScopedContext scope;
-    EXPECT_EQ(glsGetCaptureFlags(OP_glClear), 2u);
-    EXPECT_EQ(glsGetCaptureFlags(OP_glEnable), 3u);
-    EXPECT_EQ(glsGetCaptureFlags(OP_glVertexPointer), 3u);
-    EXPECT_EQ(glsGetCaptureFlags(OP_glGetIntegerv), 2u);
-    EXPECT_EQ(glsGetCaptureFlags(OP_glPopClientAttrib), 3u);
-    EXPECT_EQ(glsGetCaptureFlags(OP_glsBeginGLS), 0u);
-    EXPECT_EQ(glsGetCaptureFlags(OP_glsEndGLS), 0u);
-    EXPECT_EQ(glsGetCaptureFlags(OP_glsPad), 0u);
-    EXPECT_EQ(glsGetCaptureFlags(OP_glsString), 2u);
+    std::string flags;
+    for (int op : {OP_glClear, OP_glEnable, OP_glVertexPointer, OP_glGetIntegerv, OP_glPopClientAttrib,
+                   OP_glsBeginGLS, OP_glsEndGLS, OP_glsPad, OP_glsString})
+        flags += std::to_string(glsGetCaptureFlags(op));
+    EXPECT_EQ(flags, "233230002");
     EXPECT_EQ(glsGetError(), GLS_NONE);
-}
 
-TEST(CaptureFlags, RefusalsLeaveTheByte)
-{
-    ScopedContext scope;
     glsCaptureFlags(OP_glsBeginGLS, 3);
     EXPECT_EQ(glsGetError(), GLS_NONE);
     EXPECT_EQ(glsGetCaptureFlags(OP_glsBeginGLS), 0u);

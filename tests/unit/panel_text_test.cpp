@@ -10,63 +10,44 @@
 
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <memory>
 #include <string>
 
 namespace {
 
-struct panel_records {
-    thread_record *record;
-    per_proc *proc;
+// A thread's records as the panel gets them.
+struct Panel : testing::Test {
+    std::unique_ptr<thread_record> record = std::make_unique<thread_record>();
+    std::unique_ptr<per_proc> proc = std::make_unique<per_proc>();
+    void SetUp() override
+    {
+        fill_thread_record(record.get(), 1);
+        fill_per_proc(proc.get(), 1);
+        record->per_proc = proc.get();
+    }
 };
 
-panel_records make_records(uint32_t id)
-{
-    panel_records made;
-    made.record = (thread_record *)block_alloc(sizeof(thread_record));
-    made.proc = (per_proc *)block_alloc(sizeof(per_proc));
-    fill_thread_record(made.record, id);
-    fill_per_proc(made.proc, id);
-    made.record->per_proc = made.proc;
-    return made;
-}
-
-void free_records(panel_records made)
-{
-    block_free(made.proc);
-    block_free(made.record);
-}
-
-std::string thread_banner(uint32_t id)
-{
-    panel_records made = make_records(id);
-    char text[PANEL_TEXT_SIZE];
-    thread_banner_text(made.proc, text);
-    free_records(made);
-    return text;
-}
-
-std::string context_banner(const per_gl *gl)
+TEST_F(Panel, BannersThreadIdUnderTheProcessLabelAndContextByOrdinalNotByHandle)
 {
     char text[PANEL_TEXT_SIZE];
-    context_banner_text(gl, text);
-    return text;
-}
-
-TEST(Banners, ThreadIdUnderTheProcessLabel)
-{
-    EXPECT_EQ(thread_banner(36), "App Process ID = 36");
-    EXPECT_EQ(thread_banner(4294967295u), "App Process ID = 4294967295");
-}
-
-TEST(Banners, ContextByOrdinalNotByHandle)
-{
-    EXPECT_EQ(context_banner(nullptr), "GL context = Unstable");
-    per_gl *gl = (per_gl *)block_alloc(sizeof(per_gl));
-    fill_per_gl(gl, 0, 0);
-    EXPECT_EQ(context_banner(gl), "GL context = NULL");
-    fill_per_gl(gl, 3, 0x10002);
-    EXPECT_EQ(context_banner(gl), "GL context = 3");
-    block_free(gl);
+    std::string banners;
+    for (uint32_t id : {36u, 4294967295u}) {
+        fill_per_proc(proc.get(), id);
+        thread_banner_text(proc.get(), text);
+        banners += std::string(text) + "\n";
+    }
+    std::unique_ptr<per_gl> gl = std::make_unique<per_gl>();
+    context_banner_text(nullptr, text);
+    banners += std::string(text) + "\n";
+    fill_per_gl(gl.get(), 0, 0);
+    context_banner_text(gl.get(), text);
+    banners += std::string(text) + "\n";
+    fill_per_gl(gl.get(), 3, 0x10002);
+    context_banner_text(gl.get(), text);
+    banners += std::string(text) + "\n";
+    EXPECT_EQ(banners, "App Process ID = 36\nApp Process ID = 4294967295\nGL context = Unstable\nGL context = NULL\n"
+                       "GL context = 3\n");
 }
 
 struct expected_run {
@@ -76,7 +57,7 @@ struct expected_run {
     int32_t event;
 };
 
-TEST(RunButtons, StatusAndEventFollowTheRunState)
+TEST_F(Panel, RunButtonsStatusAndEventFollowTheRunState)
 {
     const expected_run cases[] = {
         {IDC_HALT, RUN_HALTED, "Halt requested", EVENT_HALT},
@@ -88,32 +69,30 @@ TEST(RunButtons, StatusAndEventFollowTheRunState)
         {IDC_SKIP, RUN_HALTED, "Skip call requested", EVENT_SKIP},
         {IDC_SKIP, RUN_RUNNING, "Halt requested", EVENT_HALT},
     };
-    panel_records made = make_records(1);
     for (const expected_run &expected : cases) {
-        made.proc->run_state = expected.run_state;
-        control_action action = control_command(made.proc, expected.id, 0);
+        proc.get()->run_state = expected.run_state;
+        control_action action = control_command(proc.get(), expected.id, 0);
         EXPECT_EQ(action.kind, COMMAND_RUN) << expected.id;
-        ASSERT_NE(action.status, nullptr) << expected.id;
         EXPECT_STREQ(action.status, expected.status) << expected.id << " in state " << expected.run_state;
         EXPECT_EQ(action.event, expected.event) << expected.id << " in state " << expected.run_state;
         EXPECT_EQ(action.shown_index, SHOWN_NONE) << expected.id;
-        EXPECT_EQ(made.proc->run_state, expected.run_state) << "the panel never writes run_state";
+        EXPECT_EQ(proc.get()->run_state, expected.run_state) << "the panel never writes run_state";
     }
-    free_records(made);
 }
 
 struct box_flag {
     int id;
     int32_t per_proc::*flag;
+    int32_t on_event, off_event; // only control drawing posts events
 };
 
 const box_flag boxes[] = {
-    {IDC_GL_ERRORS, &per_proc::Check_for_GL_error},
-    {IDC_CONTROL_DRAWING, &per_proc::Control_draw},
-    {IDC_HISTORY, &per_proc::History},
-    {IDC_BREAK_ON_CALLS, &per_proc::Break_on_GL_calls},
-    {IDC_BREAK_ON_SWAP, &per_proc::Break_on_SwapBuffers},
-    {IDC_SKIP_CALLS, &per_proc::Skip_GL_calls},
+    {IDC_GL_ERRORS, &per_proc::Check_for_GL_error, 0, 0},
+    {IDC_CONTROL_DRAWING, &per_proc::Control_draw, EVENT_CONTROL_DRAW_ON, EVENT_CONTROL_DRAW_OFF},
+    {IDC_HISTORY, &per_proc::History, 0, 0},
+    {IDC_BREAK_ON_CALLS, &per_proc::Break_on_GL_calls, 0, 0},
+    {IDC_BREAK_ON_SWAP, &per_proc::Break_on_SwapBuffers, 0, 0},
+    {IDC_SKIP_CALLS, &per_proc::Skip_GL_calls, 0, 0},
 };
 
 // The option flags from shown[] on, as one text, to see that a box writes its own flag only.
@@ -126,44 +105,26 @@ std::string flag_words(const per_proc *proc)
     return text;
 }
 
-TEST(CheckBoxes, EachBoxWritesItsOwnFlagOnlyExactlyOneIsOn)
+TEST_F(Panel, CheckBoxesEachBoxWritesItsOwnFlagOnlyExactlyOneIsOnAndControlDrawingPostsEvents)
 {
-    panel_records made = make_records(1);
     for (const box_flag &box : boxes) {
-        fill_per_proc(made.proc, 1);
-        std::string untouched = flag_words(made.proc);
-        control_action action = control_command(made.proc, box.id, 1);
+        fill_per_proc(proc.get(), 1);
+        std::string untouched = flag_words(proc.get());
+        control_action action = control_command(proc.get(), box.id, 1);
         EXPECT_EQ(action.kind, COMMAND_BOX) << box.id;
         EXPECT_EQ(action.status, nullptr) << box.id;
-        EXPECT_EQ(made.proc->*box.flag, 1) << box.id;
-        made.proc->*box.flag = 0;
-        EXPECT_EQ(flag_words(made.proc), untouched) << box.id << " wrote another flag";
+        EXPECT_EQ(action.event, box.on_event) << box.id;
+        EXPECT_EQ(proc.get()->*box.flag, 1) << box.id;
+        proc.get()->*box.flag = 0;
+        EXPECT_EQ(flag_words(proc.get()), untouched) << box.id << " wrote another flag";
 
         // BST_INDETERMINATE (2) and anything else but 1 count as off.
         for (int check : {0, 2, -1}) {
-            made.proc->*box.flag = 1;
-            control_command(made.proc, box.id, check);
-            EXPECT_EQ(made.proc->*box.flag, 0) << box.id << " with check " << check;
+            proc.get()->*box.flag = 1;
+            EXPECT_EQ(control_command(proc.get(), box.id, check).event, box.off_event) << box.id << " with " << check;
+            EXPECT_EQ(proc.get()->*box.flag, 0) << box.id << " with check " << check;
         }
     }
-    free_records(made);
-}
-
-TEST(CheckBoxes, OnlyControlDrawingPostsEvents)
-{
-    panel_records made = make_records(1);
-    for (const box_flag &box : boxes) {
-        int32_t on = control_command(made.proc, box.id, 1).event;
-        int32_t off = control_command(made.proc, box.id, 0).event;
-        if (box.id == IDC_CONTROL_DRAWING) {
-            EXPECT_EQ(on, EVENT_CONTROL_DRAW_ON);
-            EXPECT_EQ(off, EVENT_CONTROL_DRAW_OFF);
-        } else {
-            EXPECT_EQ(on, 0) << box.id;
-            EXPECT_EQ(off, 0) << box.id;
-        }
-    }
-    free_records(made);
 }
 
 struct expected_window {
@@ -173,7 +134,7 @@ struct expected_window {
     int shown_index;
 };
 
-TEST(WindowCommands, InformationWindowsHaltFirstSetupAndAboutDoNot)
+TEST_F(Panel, WindowCommandsInformationWindowsHaltFirstSetupAndAboutDoNot)
 {
     const expected_window cases[] = {
         {IDM_ABOUT, 0, false, SHOWN_ABOUT},
@@ -190,11 +151,10 @@ TEST(WindowCommands, InformationWindowsHaltFirstSetupAndAboutDoNot)
         {IDC_BREAK_SETUP, 0, true, SHOWN_BREAK_SELECT},
         {IDC_SKIP_SETUP, 0, true, SHOWN_SKIP_SELECT},
     };
-    panel_records made = make_records(1);
     for (int32_t run_state : {RUN_HALTED, RUN_RUNNING}) {
-        made.proc->run_state = run_state;
+        proc.get()->run_state = run_state;
         for (const expected_window &expected : cases) {
-            control_action action = control_command(made.proc, expected.id, 0);
+            control_action action = control_command(proc.get(), expected.id, 0);
             EXPECT_EQ(action.kind, COMMAND_SHOW_WINDOW) << expected.id;
             EXPECT_EQ(action.status, nullptr) << expected.id;
             EXPECT_EQ(action.event, expected.event) << expected.id;
@@ -202,31 +162,26 @@ TEST(WindowCommands, InformationWindowsHaltFirstSetupAndAboutDoNot)
             EXPECT_EQ(action.shown_index, expected.shown_index) << expected.id;
         }
     }
-    free_records(made);
 }
 
-TEST(WindowCommands, FileMenuAndUnknownIds)
+TEST_F(Panel, WindowCommandsFileMenuAndUnknownIds)
 {
-    panel_records made = make_records(1);
-    EXPECT_EQ(control_command(made.proc, IDM_SAVE_CONFIGURATION, 0).kind, COMMAND_SAVE_SETTINGS);
-    EXPECT_EQ(control_command(made.proc, IDM_LOAD_CONFIGURATION, 0).kind, COMMAND_LOAD_SETTINGS);
-    EXPECT_EQ(control_command(made.proc, IDM_QUIT, 0).kind, COMMAND_QUIT);
+    EXPECT_EQ(control_command(proc.get(), IDM_SAVE_CONFIGURATION, 0).kind, COMMAND_SAVE_SETTINGS);
+    EXPECT_EQ(control_command(proc.get(), IDM_LOAD_CONFIGURATION, 0).kind, COMMAND_LOAD_SETTINGS);
+    EXPECT_EQ(control_command(proc.get(), IDM_QUIT, 0).kind, COMMAND_QUIT);
     // Banners, status line, frames: WM_COMMAND from them does nothing.
     for (int id : {0, IDC_THREAD_BANNER, IDC_LAST_CALL, IDC_STATUS, IDC_LEFT_FRAME, 12, 40014}) {
-        std::string before = flag_words(made.proc);
-        control_action action = control_command(made.proc, id, 1);
+        std::string before = flag_words(proc.get());
+        control_action action = control_command(proc.get(), id, 1);
         EXPECT_EQ(action.kind, COMMAND_NONE) << id;
         EXPECT_EQ(action.event, 0) << id;
         EXPECT_EQ(action.shown_index, SHOWN_NONE) << id;
-        EXPECT_EQ(flag_words(made.proc), before) << id;
+        EXPECT_EQ(flag_words(proc.get()), before) << id;
     }
-    free_records(made);
 }
 
-TEST(ShownIndex, EachIndexNamesItsWindow)
+TEST_F(Panel, ShownIndexEachIndexNamesItsWindow)
 {
-    panel_records made = make_records(1);
-    thread_record *record = made.record;
     // Distinct fake handles, so that a swapped row shows.
     WindowHandle thread_record::*windows[] = {
         &thread_record::about_window, &thread_record::call_count_window, &thread_record::prim_count_window,
@@ -236,44 +191,29 @@ TEST(ShownIndex, EachIndexNamesItsWindow)
     };
     const int indices[] = {0, 1, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12};
     for (int at = 0; at < 12; ++at)
-        record->*windows[at] = (WindowHandle)(uintptr_t)(0x100 + indices[at]);
+        record.get()->*windows[at] = (WindowHandle)(uintptr_t)(0x100 + indices[at]);
     for (int index = 0; index < SHOWN_COUNT; ++index) {
         WindowHandle expected = index == 3 ? nullptr : (WindowHandle)(uintptr_t)(0x100 + index);
-        EXPECT_EQ(window_of_shown_index(record, index), expected) << index;
+        EXPECT_EQ(window_of_shown_index(record.get(), index), expected) << index;
     }
-    EXPECT_EQ(window_of_shown_index(record, SHOWN_NONE), nullptr);
-    EXPECT_EQ(window_of_shown_index(record, SHOWN_COUNT), nullptr);
-    free_records(made);
-}
-
-std::string temp_path(const char *name)
-{
-    return (testing::TempDir() + name);
+    EXPECT_EQ(window_of_shown_index(record.get(), SHOWN_NONE), nullptr);
+    EXPECT_EQ(window_of_shown_index(record.get(), SHOWN_COUNT), nullptr);
 }
 
 TEST(ReadWholeFile, WholeTextZeroTerminatedOrNullWhenMissing)
 {
-    std::string path = temp_path("panel_read_whole_file.txt");
+    std::string path = testing::TempDir() + "panel_read_whole_file.txt";
     std::string content = "glClear(GL_COLOR_BUFFER_BIT);\nglFlush();\n";
     for (int i = 0; i < 200; ++i)
         content += "glVertex3f(" + std::to_string(i) + ", 0, 0);\n";
-    FILE *file = fopen(path.c_str(), "wb");
-    ASSERT_NE(file, nullptr);
-    fwrite(content.data(), 1, content.size(), file);
-    fclose(file);
-    char *text = read_whole_file(path.c_str());
-    ASSERT_NE(text, nullptr);
-    EXPECT_EQ(std::string(text), content);
-    block_free(text);
-
-    file = fopen(path.c_str(), "wb");
-    fclose(file);
-    text = read_whole_file(path.c_str());
-    ASSERT_NE(text, nullptr);
-    EXPECT_STREQ(text, "");
-    block_free(text);
+    for (const std::string &written : {content, std::string()}) {
+        std::ofstream(path, std::ios::binary) << written;
+        char *text = read_whole_file(path.c_str());
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(std::string(text), written);
+        block_free(text);
+    }
     remove(path.c_str());
-
     EXPECT_EQ(read_whole_file(path.c_str()), nullptr);
 }
 
