@@ -8,6 +8,7 @@
 #include "records/rings.h"
 
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -86,19 +87,15 @@ int call_with(GLenum argument)
     return debug_call(&fake_row, &argument, &result) ? result : 0;
 }
 
-void running(Session &s) { s.proc->run_state = RUN_RUNNING; }
-
 // No context: with the check on, every call finds fault behind itself.
 void faulty(Session &s)
 {
-    running(s);
     s.proc->Check_for_GL_error = 1;
     s.gl->handle = 0;
 }
 
 void skip_set(Session &s)
 {
-    running(s);
     s.proc->Skip_GL_calls = 1;
     s.proc->call_control[ROW_glIsEnabled].skip = 1;
     snprintf(s.proc->last_call_text, LAST_CALL_TEXT_SIZE, "glClear(GL_COLOR_BUFFER_BIT);");
@@ -106,45 +103,36 @@ void skip_set(Session &s)
 
 void break_set(Session &s)
 {
-    running(s);
     s.proc->Break_on_GL_calls = 1;
     s.proc->call_control[ROW_glIsEnabled].break_on = 1;
 }
 
+// What the application gets and what happened, per case, stand in debug_call_cases.txt.
 struct call_case {
     const char *name;
+    int32_t run_state;
     void (*set_up)(Session &);
-    std::vector<int32_t> answers; // what the user presses at a halt, one event a pass
-    int result;                   // what the application gets
-    const char *happened;
-    int count;                                 // the call's count after, or -1 where it is not asked
+    std::vector<int32_t> answers;             // what the user presses at a halt, one event a pass
+    int count = -1;                           // the call's count after, where it is asked
     bool (*after)(const Session &) = nullptr; // what else the case leaves behind
 };
 
 const call_case cases[] = {
-    {"running: made, counted, hooked, no text", running, {}, 1, "call;hook;", 1},
-    {"no capture open: counted, not made", [](Session &s) { running(s); glsEndCapture(); }, {}, 0, "hook;", 1},
+    {"running", RUN_RUNNING, nullptr, {}, 1},
+    {"no capture open", RUN_RUNNING, [](Session &) { glsEndCapture(); }, {}, 1},
     // The halt's refresh comes once, before the first event; a step leaves the thread halted.
-    {"halted, then step", [](Session &) {}, {EVENT_HALT, EVENT_STEP}, 1,
-     "text;status Updating ...;refresh;status Halted;status Halted;status Step;call;hook;", -1,
+    {"halted, then step", RUN_HALTED, nullptr, {EVENT_HALT, EVENT_STEP}, -1,
      [](const Session &s) { return s.proc->run_state == RUN_HALTED; }},
-    {"skip at a halt gives zero", [](Session &) {}, {EVENT_SKIP}, 0,
-     "text;status Updating ...;refresh;status Halted;status Call skipped;", 0},
-    {"skip set: marks the previous text, no stop", skip_set, {}, 0, "", -1, [](const Session &s) {
+    {"skip at a halt", RUN_HALTED, nullptr, {EVENT_SKIP}, 0},
+    {"skip set", RUN_RUNNING, skip_set, {}, -1, [](const Session &s) {
          return strcmp(s.proc->last_call_text, "glClear(GL_COLOR_BUFFER_BIT); /* skip */") == 0;
      }},
-    {"break halts before the call", break_set, {EVENT_CONTINUE}, 1,
-     "status Halted (Break on glIsEnabled);text;status Updating ...;refresh;status Halted;status Running;call;hook;",
-     -1},
-    {"fault behind the call halts there, the call made once", faulty, {EVENT_CONTINUE}, 1,
-     "call;hook;text;status Updating ...;refresh;status Halted;status Running;", 1,
+    {"break set", RUN_RUNNING, break_set, {EVENT_CONTINUE}},
+    {"fault behind the call", RUN_RUNNING, faulty, {EVENT_CONTINUE}, 1,
      [](const Session &s) { return strcmp(s.proc->pending_message, "\nWarning: No GL context.") == 0; }},
-    {"skip behind a made call still gives zero", faulty, {EVENT_SKIP}, 0,
-     "call;hook;text;status Updating ...;refresh;status Halted;status Call skipped;", -1},
-    {"an event taken while running halts this call", [](Session &s) { running(s); s.post(EVENT_HALT); },
-     {EVENT_CONTINUE}, 1, "text;status Halted;status Updating ...;refresh;status Halted;status Running;call;hook;", -1},
-    {"a compiled list needs every call's text", [](Session &s) { running(s); s.gl->list_capturing = 1; }, {}, 1,
-     "text;call;hook;", -1},
+    {"skip behind a made call", RUN_RUNNING, faulty, {EVENT_SKIP}},
+    {"an event taken while running", RUN_RUNNING, [](Session &s) { s.post(EVENT_HALT); }, {EVENT_CONTINUE}},
+    {"a compiled list", RUN_RUNNING, [](Session &s) { s.gl->list_capturing = 1; }, {}},
 };
 
 } // namespace
@@ -153,15 +141,19 @@ thread_record *thread_entry() { return &session->record; }
 
 TEST(DebugCall, WhatACallDoesInEachStateOfTheSession)
 {
+    std::string text;
     for (const call_case &c : cases) {
         Session s;
         session = &s;
-        c.set_up(s);
+        s.proc->run_state = c.run_state;
+        if (c.set_up)
+            c.set_up(s);
         s.answer(c.answers);
-        EXPECT_EQ(call_with(1), c.result) << c.name;
-        EXPECT_EQ(happened, c.happened) << c.name;
+        text += std::string(c.name) + ": gives " + std::to_string(call_with(1)) + ": " + happened + "\n";
         if (c.count >= 0)
             EXPECT_EQ(s.proc->call_control[ROW_glIsEnabled].count, c.count) << c.name;
         EXPECT_TRUE(!c.after || c.after(s)) << c.name;
     }
+    std::ifstream file(QUONDALE_EXPECTED "/debug_call_cases.txt", std::ios::binary);
+    EXPECT_EQ(text, std::string(std::istreambuf_iterator<char>(file), {}));
 }

@@ -315,7 +315,7 @@ TEST(StateText, EachValueFollowedByABlankOrInLinesOfFour)
     EXPECT_EQ(text_of("Default Value: ", 7, 1, {1}), "Default Value: ");
 }
 
-TEST(EnumName, FirstRowOfTheValueElseHexadecimal)
+TEST(EnumerantNames, FirstRowOfTheValueElseHexadecimalAndTheListRows)
 {
     EXPECT_STREQ(enum_name(1, enumerant_room(), ENUMERANT_ROWS), "GL_LINES");
     EXPECT_STREQ(enum_name(0x12345, enumerant_room(), ENUMERANT_ROWS), "0x12345");
@@ -324,10 +324,8 @@ TEST(EnumName, FirstRowOfTheValueElseHexadecimal)
     const enumerant_row spare[2] = {{5, "GL_FIVE"}, {0, ""}};
     EXPECT_STREQ(enum_name(0, spare, 2), "");
     EXPECT_STREQ(enum_name(0, spare, 1), "0x0000");
-}
 
-TEST(EnumerantList, NameThenHexadecimalAndDecimalOfFourDigitsAtLeast)
-{
+    // The list: name, then hexadecimal and decimal of four digits at least.
     char out[ENUM_LIST_TEXT_SIZE];
     enumerant_list_text(&enumerant_table[0], out);
     EXPECT_STREQ(out, "GL_2D - 0x0600, 1536");

@@ -87,15 +87,12 @@ TEST_F(NamedBlocks, FindGivesTheFirstBlockMadeUnderThatNameOnly)
     EXPECT_EQ(find_master("D\\master"), first);
 }
 
-TEST_F(NamedBlocks, ThreadRecordsHaveNoName)
+TEST_F(NamedBlocks, ThreadRecordsHaveNoNameAndFreeEmptiesTheTable)
 {
     ASSERT_NE(make_thread_record(), nullptr);
     EXPECT_STREQ(named_blocks.rows[0].name, "");
     EXPECT_EQ(named_blocks.rows[0].count, 1);
-}
 
-TEST_F(NamedBlocks, FreeEmptiesTheTable)
-{
     make_master("D\\master");
     make_list_info("D\\list\\info", 3);
     named_blocks_free();
