@@ -7,6 +7,8 @@
 #include "records/panel_hooks.h"
 #include "records/rings.h"
 
+#include <cstring>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -85,108 +87,73 @@ int call_with(GLenum argument)
     return debug_call(&fake_row, &argument, &result) ? result : 0;
 }
 
-struct DebugCall : testing::Test {
-    Session s;
-    void SetUp() override { session = &s; }
+// No context: with the check on, every call finds fault behind itself.
+void faulty(Session &s)
+{
+    s.proc->Check_for_GL_error = 1;
+    s.gl->handle = 0;
+}
+
+void skip_set(Session &s)
+{
+    s.proc->Skip_GL_calls = 1;
+    s.proc->call_control[ROW_glIsEnabled].skip = 1;
+    snprintf(s.proc->last_call_text, LAST_CALL_TEXT_SIZE, "glClear(GL_COLOR_BUFFER_BIT);");
+}
+
+void break_set(Session &s)
+{
+    s.proc->Break_on_GL_calls = 1;
+    s.proc->call_control[ROW_glIsEnabled].break_on = 1;
+}
+
+// What the application gets and what happened, per case, stand in debug_call_cases.txt.
+struct call_case {
+    const char *name;
+    int32_t run_state;
+    void (*set_up)(Session &);
+    std::vector<int32_t> answers;             // what the user presses at a halt, one event a pass
+    int count = -1;                           // the call's count after, where it is asked
+    bool (*after)(const Session &) = nullptr; // what else the case leaves behind
+};
+
+const call_case cases[] = {
+    {"running", RUN_RUNNING, nullptr, {}, 1},
+    {"no capture open", RUN_RUNNING, [](Session &) { glsEndCapture(); }, {}, 1},
+    // The halt's refresh comes once, before the first event; a step leaves the thread halted.
+    {"halted, then step", RUN_HALTED, nullptr, {EVENT_HALT, EVENT_STEP}, -1,
+     [](const Session &s) { return s.proc->run_state == RUN_HALTED; }},
+    {"skip at a halt", RUN_HALTED, nullptr, {EVENT_SKIP}, 0},
+    {"skip set", RUN_RUNNING, skip_set, {}, -1, [](const Session &s) {
+         return strcmp(s.proc->last_call_text, "glClear(GL_COLOR_BUFFER_BIT); /* skip */") == 0;
+     }},
+    {"break set", RUN_RUNNING, break_set, {EVENT_CONTINUE}},
+    {"fault behind the call", RUN_RUNNING, faulty, {EVENT_CONTINUE}, 1,
+     [](const Session &s) { return strcmp(s.proc->pending_message, "\nWarning: No GL context.") == 0; }},
+    {"skip behind a made call", RUN_RUNNING, faulty, {EVENT_SKIP}},
+    {"an event taken while running", RUN_RUNNING, [](Session &s) { s.post(EVENT_HALT); }, {EVENT_CONTINUE}},
+    {"a compiled list", RUN_RUNNING, [](Session &s) { s.gl->list_capturing = 1; }, {}},
 };
 
 } // namespace
 
 thread_record *thread_entry() { return &session->record; }
 
-TEST_F(DebugCall, RunningCallIsMadeCountedAndHookedWithoutItsText)
+TEST(DebugCall, WhatACallDoesInEachStateOfTheSession)
 {
-    s.proc->run_state = RUN_RUNNING;
-    EXPECT_EQ(call_with(1), 1);
-    EXPECT_EQ(happened, "call;hook;");
-    EXPECT_EQ(s.proc->call_control[ROW_glIsEnabled].count, 1);
-}
-
-TEST_F(DebugCall, WithNoCaptureOpenTheCallIsCountedButNotMade)
-{
-    s.proc->run_state = RUN_RUNNING;
-    glsEndCapture();
-    EXPECT_EQ(call_with(1), 0);
-    glsBeginCapture((const GLubyte *)"", GLS_TEXT, GLS_WRITE_NO_FRAME);
-    EXPECT_EQ(happened, "hook;");
-    EXPECT_EQ(s.proc->call_control[ROW_glIsEnabled].count, 1);
-}
-
-TEST_F(DebugCall, HaltedCallShowsItsTextRefreshesOnceAndWaitsForStep)
-{
-    // The events are read one a pass; the halt's refresh comes once, before the first of them.
-    s.answer({EVENT_HALT, EVENT_STEP});
-    EXPECT_EQ(call_with(1), 1);
-    EXPECT_EQ(happened, "text;status Updating ...;refresh;status Halted;status Halted;status Step;call;hook;");
-    EXPECT_EQ(s.proc->run_state, RUN_HALTED); // a step leaves the thread halted for the next call
-}
-
-TEST_F(DebugCall, SkipAtAHaltLeavesTheCallUnmadeAndGivesZero)
-{
-    s.answer({EVENT_SKIP});
-    EXPECT_EQ(call_with(1), 0);
-    EXPECT_EQ(happened, "text;status Updating ...;refresh;status Halted;status Call skipped;");
-    EXPECT_EQ(s.proc->call_control[ROW_glIsEnabled].count, 0);
-}
-
-TEST_F(DebugCall, SkipSetMarksThePreviousTextAndSkipsWithoutStopping)
-{
-    s.proc->run_state = RUN_RUNNING;
-    s.proc->Skip_GL_calls = 1;
-    s.proc->call_control[ROW_glIsEnabled].skip = 1;
-    snprintf(s.proc->last_call_text, LAST_CALL_TEXT_SIZE, "glClear(GL_COLOR_BUFFER_BIT);");
-    EXPECT_EQ(call_with(1), 0);
-    EXPECT_EQ(happened, "");
-    EXPECT_STREQ(s.proc->last_call_text, "glClear(GL_COLOR_BUFFER_BIT); /* skip */");
-}
-
-TEST_F(DebugCall, BreakHaltsBeforeTheCallWithTheRowsName)
-{
-    s.proc->run_state = RUN_RUNNING;
-    s.proc->Break_on_GL_calls = 1;
-    s.proc->call_control[ROW_glIsEnabled].break_on = 1;
-    s.answer({EVENT_CONTINUE});
-    EXPECT_EQ(call_with(1), 1);
-    EXPECT_EQ(happened, "status Halted (Break on glIsEnabled);text;status Updating ...;refresh;status Halted;"
-                        "status Running;call;hook;");
-}
-
-TEST_F(DebugCall, FaultBehindTheCallHaltsThereWithoutMakingItTwice)
-{
-    // No context: with the check on, every call finds fault behind itself.
-    s.proc->run_state = RUN_RUNNING;
-    s.proc->Check_for_GL_error = 1;
-    s.gl->handle = 0;
-    s.answer({EVENT_CONTINUE});
-    EXPECT_EQ(call_with(1), 1);
-    EXPECT_EQ(happened, "call;hook;text;status Updating ...;refresh;status Halted;status Running;");
-    EXPECT_STREQ(s.proc->pending_message, "\nWarning: No GL context.");
-    EXPECT_EQ(s.proc->call_control[ROW_glIsEnabled].count, 1);
-}
-
-TEST_F(DebugCall, SkipBehindAMadeCallStillGivesZero)
-{
-    s.proc->run_state = RUN_RUNNING;
-    s.proc->Check_for_GL_error = 1;
-    s.gl->handle = 0;
-    s.answer({EVENT_SKIP});
-    EXPECT_EQ(call_with(1), 0);
-    EXPECT_EQ(happened, "call;hook;text;status Updating ...;refresh;status Halted;status Call skipped;");
-}
-
-TEST_F(DebugCall, AnEventTakenWhileRunningHaltsThisCall)
-{
-    s.proc->run_state = RUN_RUNNING;
-    s.post(EVENT_HALT);
-    s.answer({EVENT_CONTINUE});
-    EXPECT_EQ(call_with(1), 1);
-    EXPECT_EQ(happened, "text;status Halted;status Updating ...;refresh;status Halted;status Running;call;hook;");
-}
-
-TEST_F(DebugCall, ACompiledListNeedsTheTextOfEveryCallWhileRunning)
-{
-    s.proc->run_state = RUN_RUNNING;
-    s.gl->list_capturing = 1;
-    EXPECT_EQ(call_with(1), 1);
-    EXPECT_EQ(happened, "text;call;hook;");
+    std::string text;
+    for (const call_case &c : cases) {
+        Session s;
+        session = &s;
+        s.proc->run_state = c.run_state;
+        if (c.set_up)
+            c.set_up(s);
+        s.answer(c.answers);
+        text += std::string(c.name) + ": gives " + std::to_string(call_with(1)) + ": " + happened + "\n";
+        if (c.count >= 0)
+            EXPECT_EQ(s.proc->call_control[ROW_glIsEnabled].count, c.count) << c.name;
+        EXPECT_TRUE(!c.after || c.after(s)) << c.name;
+    }
+    std::ifstream file(QUONDALE_EXPECTED "/debug_call_cases.txt", std::ios::binary);
+    EXPECT_EQ(text, std::string(std::istreambuf_iterator<char>(file), {}));
 }

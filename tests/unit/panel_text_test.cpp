@@ -1,72 +1,60 @@
-// The control window's texts and commands, as plain functions of the records.
+// The control window's texts and commands, as plain functions of the records; the texts of state
+// values, enumerant names and pixel formats.
 #include "panel/panel_text.h"
 
-#include "records/mmaps.h"
+#include "gen/gl_enums.h"
+#include "panel/enum_text.h"
 #include "panel/resource.h"
 #include "panel/settings_file.h"
+#include "panel/state_text.h"
+#include "records/mmaps.h"
+#include "records/records.h"
 #include "records/rings.h"
+#include "state/window_info.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <memory>
 #include <string>
 
 namespace {
 
-struct panel_records {
-    thread_record *record;
-    per_proc *proc;
+// A thread's records as the panel gets them.
+struct Panel : testing::Test {
+    std::unique_ptr<thread_record> record = std::make_unique<thread_record>();
+    std::unique_ptr<per_proc> proc = std::make_unique<per_proc>();
+    void SetUp() override
+    {
+        fill_thread_record(record.get(), 1);
+        fill_per_proc(proc.get(), 1);
+        record->per_proc = proc.get();
+    }
 };
 
-panel_records make_records(uint32_t id)
-{
-    panel_records made;
-    made.record = (thread_record *)block_alloc(sizeof(thread_record));
-    made.proc = (per_proc *)block_alloc(sizeof(per_proc));
-    fill_thread_record(made.record, id);
-    fill_per_proc(made.proc, id);
-    made.record->per_proc = made.proc;
-    return made;
-}
-
-void free_records(panel_records made)
-{
-    block_free(made.proc);
-    block_free(made.record);
-}
-
-std::string thread_banner(uint32_t id)
-{
-    panel_records made = make_records(id);
-    char text[PANEL_TEXT_SIZE];
-    thread_banner_text(made.proc, text);
-    free_records(made);
-    return text;
-}
-
-std::string context_banner(const per_gl *gl)
+TEST_F(Panel, BannersThreadIdUnderTheProcessLabelAndContextByOrdinalNotByHandle)
 {
     char text[PANEL_TEXT_SIZE];
-    context_banner_text(gl, text);
-    return text;
-}
-
-TEST(Banners, ThreadIdUnderTheProcessLabel)
-{
-    EXPECT_EQ(thread_banner(36), "App Process ID = 36");
-    EXPECT_EQ(thread_banner(4294967295u), "App Process ID = 4294967295");
-}
-
-TEST(Banners, ContextByOrdinalNotByHandle)
-{
-    EXPECT_EQ(context_banner(nullptr), "GL context = Unstable");
-    per_gl *gl = (per_gl *)block_alloc(sizeof(per_gl));
-    fill_per_gl(gl, 0, 0);
-    EXPECT_EQ(context_banner(gl), "GL context = NULL");
-    fill_per_gl(gl, 3, 0x10002);
-    EXPECT_EQ(context_banner(gl), "GL context = 3");
-    block_free(gl);
+    std::string banners;
+    for (uint32_t id : {36u, 4294967295u}) {
+        fill_per_proc(proc.get(), id);
+        thread_banner_text(proc.get(), text);
+        banners += std::string(text) + "\n";
+    }
+    std::unique_ptr<per_gl> gl = std::make_unique<per_gl>();
+    context_banner_text(nullptr, text);
+    banners += std::string(text) + "\n";
+    fill_per_gl(gl.get(), 0, 0);
+    context_banner_text(gl.get(), text);
+    banners += std::string(text) + "\n";
+    fill_per_gl(gl.get(), 3, 0x10002);
+    context_banner_text(gl.get(), text);
+    banners += std::string(text) + "\n";
+    EXPECT_EQ(banners, "App Process ID = 36\nApp Process ID = 4294967295\nGL context = Unstable\nGL context = NULL\n"
+                       "GL context = 3\n");
 }
 
 struct expected_run {
@@ -76,7 +64,7 @@ struct expected_run {
     int32_t event;
 };
 
-TEST(RunButtons, StatusAndEventFollowTheRunState)
+TEST_F(Panel, RunButtonsStatusAndEventFollowTheRunState)
 {
     const expected_run cases[] = {
         {IDC_HALT, RUN_HALTED, "Halt requested", EVENT_HALT},
@@ -88,32 +76,30 @@ TEST(RunButtons, StatusAndEventFollowTheRunState)
         {IDC_SKIP, RUN_HALTED, "Skip call requested", EVENT_SKIP},
         {IDC_SKIP, RUN_RUNNING, "Halt requested", EVENT_HALT},
     };
-    panel_records made = make_records(1);
     for (const expected_run &expected : cases) {
-        made.proc->run_state = expected.run_state;
-        control_action action = control_command(made.proc, expected.id, 0);
+        proc.get()->run_state = expected.run_state;
+        control_action action = control_command(proc.get(), expected.id, 0);
         EXPECT_EQ(action.kind, COMMAND_RUN) << expected.id;
-        ASSERT_NE(action.status, nullptr) << expected.id;
         EXPECT_STREQ(action.status, expected.status) << expected.id << " in state " << expected.run_state;
         EXPECT_EQ(action.event, expected.event) << expected.id << " in state " << expected.run_state;
         EXPECT_EQ(action.shown_index, SHOWN_NONE) << expected.id;
-        EXPECT_EQ(made.proc->run_state, expected.run_state) << "the panel never writes run_state";
+        EXPECT_EQ(proc.get()->run_state, expected.run_state) << "the panel never writes run_state";
     }
-    free_records(made);
 }
 
 struct box_flag {
     int id;
     int32_t per_proc::*flag;
+    int32_t on_event, off_event; // only control drawing posts events
 };
 
 const box_flag boxes[] = {
-    {IDC_GL_ERRORS, &per_proc::Check_for_GL_error},
-    {IDC_CONTROL_DRAWING, &per_proc::Control_draw},
-    {IDC_HISTORY, &per_proc::History},
-    {IDC_BREAK_ON_CALLS, &per_proc::Break_on_GL_calls},
-    {IDC_BREAK_ON_SWAP, &per_proc::Break_on_SwapBuffers},
-    {IDC_SKIP_CALLS, &per_proc::Skip_GL_calls},
+    {IDC_GL_ERRORS, &per_proc::Check_for_GL_error, 0, 0},
+    {IDC_CONTROL_DRAWING, &per_proc::Control_draw, EVENT_CONTROL_DRAW_ON, EVENT_CONTROL_DRAW_OFF},
+    {IDC_HISTORY, &per_proc::History, 0, 0},
+    {IDC_BREAK_ON_CALLS, &per_proc::Break_on_GL_calls, 0, 0},
+    {IDC_BREAK_ON_SWAP, &per_proc::Break_on_SwapBuffers, 0, 0},
+    {IDC_SKIP_CALLS, &per_proc::Skip_GL_calls, 0, 0},
 };
 
 // The option flags from shown[] on, as one text, to see that a box writes its own flag only.
@@ -126,44 +112,26 @@ std::string flag_words(const per_proc *proc)
     return text;
 }
 
-TEST(CheckBoxes, EachBoxWritesItsOwnFlagOnlyExactlyOneIsOn)
+TEST_F(Panel, CheckBoxesEachBoxWritesItsOwnFlagOnlyExactlyOneIsOnAndControlDrawingPostsEvents)
 {
-    panel_records made = make_records(1);
     for (const box_flag &box : boxes) {
-        fill_per_proc(made.proc, 1);
-        std::string untouched = flag_words(made.proc);
-        control_action action = control_command(made.proc, box.id, 1);
+        fill_per_proc(proc.get(), 1);
+        std::string untouched = flag_words(proc.get());
+        control_action action = control_command(proc.get(), box.id, 1);
         EXPECT_EQ(action.kind, COMMAND_BOX) << box.id;
         EXPECT_EQ(action.status, nullptr) << box.id;
-        EXPECT_EQ(made.proc->*box.flag, 1) << box.id;
-        made.proc->*box.flag = 0;
-        EXPECT_EQ(flag_words(made.proc), untouched) << box.id << " wrote another flag";
+        EXPECT_EQ(action.event, box.on_event) << box.id;
+        EXPECT_EQ(proc.get()->*box.flag, 1) << box.id;
+        proc.get()->*box.flag = 0;
+        EXPECT_EQ(flag_words(proc.get()), untouched) << box.id << " wrote another flag";
 
         // BST_INDETERMINATE (2) and anything else but 1 count as off.
         for (int check : {0, 2, -1}) {
-            made.proc->*box.flag = 1;
-            control_command(made.proc, box.id, check);
-            EXPECT_EQ(made.proc->*box.flag, 0) << box.id << " with check " << check;
+            proc.get()->*box.flag = 1;
+            EXPECT_EQ(control_command(proc.get(), box.id, check).event, box.off_event) << box.id << " with " << check;
+            EXPECT_EQ(proc.get()->*box.flag, 0) << box.id << " with check " << check;
         }
     }
-    free_records(made);
-}
-
-TEST(CheckBoxes, OnlyControlDrawingPostsEvents)
-{
-    panel_records made = make_records(1);
-    for (const box_flag &box : boxes) {
-        int32_t on = control_command(made.proc, box.id, 1).event;
-        int32_t off = control_command(made.proc, box.id, 0).event;
-        if (box.id == IDC_CONTROL_DRAWING) {
-            EXPECT_EQ(on, EVENT_CONTROL_DRAW_ON);
-            EXPECT_EQ(off, EVENT_CONTROL_DRAW_OFF);
-        } else {
-            EXPECT_EQ(on, 0) << box.id;
-            EXPECT_EQ(off, 0) << box.id;
-        }
-    }
-    free_records(made);
 }
 
 struct expected_window {
@@ -173,7 +141,7 @@ struct expected_window {
     int shown_index;
 };
 
-TEST(WindowCommands, InformationWindowsHaltFirstSetupAndAboutDoNot)
+TEST_F(Panel, WindowCommandsInformationWindowsHaltFirstSetupAndAboutDoNot)
 {
     const expected_window cases[] = {
         {IDM_ABOUT, 0, false, SHOWN_ABOUT},
@@ -190,11 +158,10 @@ TEST(WindowCommands, InformationWindowsHaltFirstSetupAndAboutDoNot)
         {IDC_BREAK_SETUP, 0, true, SHOWN_BREAK_SELECT},
         {IDC_SKIP_SETUP, 0, true, SHOWN_SKIP_SELECT},
     };
-    panel_records made = make_records(1);
     for (int32_t run_state : {RUN_HALTED, RUN_RUNNING}) {
-        made.proc->run_state = run_state;
+        proc.get()->run_state = run_state;
         for (const expected_window &expected : cases) {
-            control_action action = control_command(made.proc, expected.id, 0);
+            control_action action = control_command(proc.get(), expected.id, 0);
             EXPECT_EQ(action.kind, COMMAND_SHOW_WINDOW) << expected.id;
             EXPECT_EQ(action.status, nullptr) << expected.id;
             EXPECT_EQ(action.event, expected.event) << expected.id;
@@ -202,31 +169,26 @@ TEST(WindowCommands, InformationWindowsHaltFirstSetupAndAboutDoNot)
             EXPECT_EQ(action.shown_index, expected.shown_index) << expected.id;
         }
     }
-    free_records(made);
 }
 
-TEST(WindowCommands, FileMenuAndUnknownIds)
+TEST_F(Panel, WindowCommandsFileMenuAndUnknownIds)
 {
-    panel_records made = make_records(1);
-    EXPECT_EQ(control_command(made.proc, IDM_SAVE_CONFIGURATION, 0).kind, COMMAND_SAVE_SETTINGS);
-    EXPECT_EQ(control_command(made.proc, IDM_LOAD_CONFIGURATION, 0).kind, COMMAND_LOAD_SETTINGS);
-    EXPECT_EQ(control_command(made.proc, IDM_QUIT, 0).kind, COMMAND_QUIT);
+    EXPECT_EQ(control_command(proc.get(), IDM_SAVE_CONFIGURATION, 0).kind, COMMAND_SAVE_SETTINGS);
+    EXPECT_EQ(control_command(proc.get(), IDM_LOAD_CONFIGURATION, 0).kind, COMMAND_LOAD_SETTINGS);
+    EXPECT_EQ(control_command(proc.get(), IDM_QUIT, 0).kind, COMMAND_QUIT);
     // Banners, status line, frames: WM_COMMAND from them does nothing.
     for (int id : {0, IDC_THREAD_BANNER, IDC_LAST_CALL, IDC_STATUS, IDC_LEFT_FRAME, 12, 40014}) {
-        std::string before = flag_words(made.proc);
-        control_action action = control_command(made.proc, id, 1);
+        std::string before = flag_words(proc.get());
+        control_action action = control_command(proc.get(), id, 1);
         EXPECT_EQ(action.kind, COMMAND_NONE) << id;
         EXPECT_EQ(action.event, 0) << id;
         EXPECT_EQ(action.shown_index, SHOWN_NONE) << id;
-        EXPECT_EQ(flag_words(made.proc), before) << id;
+        EXPECT_EQ(flag_words(proc.get()), before) << id;
     }
-    free_records(made);
 }
 
-TEST(ShownIndex, EachIndexNamesItsWindow)
+TEST_F(Panel, ShownIndexEachIndexNamesItsWindow)
 {
-    panel_records made = make_records(1);
-    thread_record *record = made.record;
     // Distinct fake handles, so that a swapped row shows.
     WindowHandle thread_record::*windows[] = {
         &thread_record::about_window, &thread_record::call_count_window, &thread_record::prim_count_window,
@@ -236,44 +198,29 @@ TEST(ShownIndex, EachIndexNamesItsWindow)
     };
     const int indices[] = {0, 1, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12};
     for (int at = 0; at < 12; ++at)
-        record->*windows[at] = (WindowHandle)(uintptr_t)(0x100 + indices[at]);
+        record.get()->*windows[at] = (WindowHandle)(uintptr_t)(0x100 + indices[at]);
     for (int index = 0; index < SHOWN_COUNT; ++index) {
         WindowHandle expected = index == 3 ? nullptr : (WindowHandle)(uintptr_t)(0x100 + index);
-        EXPECT_EQ(window_of_shown_index(record, index), expected) << index;
+        EXPECT_EQ(window_of_shown_index(record.get(), index), expected) << index;
     }
-    EXPECT_EQ(window_of_shown_index(record, SHOWN_NONE), nullptr);
-    EXPECT_EQ(window_of_shown_index(record, SHOWN_COUNT), nullptr);
-    free_records(made);
-}
-
-std::string temp_path(const char *name)
-{
-    return (testing::TempDir() + name);
+    EXPECT_EQ(window_of_shown_index(record.get(), SHOWN_NONE), nullptr);
+    EXPECT_EQ(window_of_shown_index(record.get(), SHOWN_COUNT), nullptr);
 }
 
 TEST(ReadWholeFile, WholeTextZeroTerminatedOrNullWhenMissing)
 {
-    std::string path = temp_path("panel_read_whole_file.txt");
+    std::string path = testing::TempDir() + "panel_read_whole_file.txt";
     std::string content = "glClear(GL_COLOR_BUFFER_BIT);\nglFlush();\n";
     for (int i = 0; i < 200; ++i)
         content += "glVertex3f(" + std::to_string(i) + ", 0, 0);\n";
-    FILE *file = fopen(path.c_str(), "wb");
-    ASSERT_NE(file, nullptr);
-    fwrite(content.data(), 1, content.size(), file);
-    fclose(file);
-    char *text = read_whole_file(path.c_str());
-    ASSERT_NE(text, nullptr);
-    EXPECT_EQ(std::string(text), content);
-    block_free(text);
-
-    file = fopen(path.c_str(), "wb");
-    fclose(file);
-    text = read_whole_file(path.c_str());
-    ASSERT_NE(text, nullptr);
-    EXPECT_STREQ(text, "");
-    block_free(text);
+    for (const std::string &written : {content, std::string()}) {
+        std::ofstream(path, std::ios::binary) << written;
+        char *text = read_whole_file(path.c_str());
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(std::string(text), written);
+        block_free(text);
+    }
     remove(path.c_str());
-
     EXPECT_EQ(read_whole_file(path.c_str()), nullptr);
 }
 
@@ -301,6 +248,136 @@ TEST(SettingsFile, AFileCutShortRepeatsItsLastRowInEveryLaterRowAndSection)
     fclose(file);
     const settings_section &skip = values.sections[SETTINGS_SECTIONS - 1];
     EXPECT_TRUE(skip.selected[GL_CALL_COUNT - 1] == 1 && !memcmp(skip.sets[GL_CALL_COUNT - 1], "\2\3\4", 3));
+}
+
+// Texts of state values, enumerant names and pixel formats, compared whole with texts written
+// from the rules.
+
+std::string expected_text(const char *name)
+{
+    std::ifstream file(std::string(QUONDALE_EXPECTED "/") + name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+// The room of master.enumerants: the copied names, then zero rows.
+const enumerant_row *enumerant_room()
+{
+    static enumerant_row room[ENUMERANT_ROWS];
+    memcpy(room, enumerant_table, sizeof enumerant_table);
+    return room;
+}
+
+std::string text_of(const char *prefix, int32_t type, int32_t count, std::initializer_list<float> given)
+{
+    static float values[STATE_VALUE_COUNT];
+    std::fill(values, values + STATE_VALUE_COUNT, 0.0f);
+    std::copy(given.begin(), given.end(), values);
+    static char out[STATE_TEXT_SIZE];
+    state_text(prefix, type, count, values, enumerant_room(), out);
+    return out;
+}
+
+TEST(StateSaveBlock, MatrixLinesStandUnderTheirPrefix)
+{
+    static state_values values;
+    for (int i = 0; i < 16; ++i)
+        values.current[i] = values.default_values[i] = i % 5 == 0 ? 1.0f : 0.0f;
+    values.default_values[12] = -2.5f;
+    values.default_values[13] = 10.0f;
+    values.default_values[14] = 0.25f;
+    const state_row row = {1, 0x0BA6, -1, 0, 4, 16, "glGet(GL_MODELVIEW_MATRIX)"};
+    char matrix[STATE_SAVE_BLOCK_SIZE], mask_block[STATE_SAVE_BLOCK_SIZE];
+    state_save_block(&row, &values, true, enumerant_room(), matrix);
+    // Without a usable context the values of the last scan stand under another prefix.
+    const state_row mask = {1, 0x0C23, -1, 0, 1, 4, "glGet(GL_COLOR_WRITEMASK)"};
+    const float current[4] = {1, 0, 1, 2};
+    std::copy(current, current + 4, values.current);
+    std::fill(values.default_values, values.default_values + 4, 1.0f);
+    state_save_block(&mask, &values, false, enumerant_room(), mask_block);
+    EXPECT_EQ(std::string(matrix) + mask_block, expected_text("state_save_blocks.txt"));
+}
+
+TEST(StateText, EachValueFollowedByABlankOrInLinesOfFour)
+{
+    EXPECT_EQ(text_of("", 2, 2, {0x1B02, 0x1B01}), "GL_FILL GL_LINE \r\n");
+    // Several names: the first in byte order. No name: four hexadecimal digits at least.
+    EXPECT_EQ(text_of("", 2, 5, {0x8074, 0x0BF1, 0, 0x0BF5, NAN}),
+              "GL_VERTEX_ARRAY GL_INDEX_LOGIC_OP GL_FALSE 0x0BF5 0x80000000 \r\n");
+    EXPECT_EQ(text_of("", 3, 3, {65535, 0x1ABCD, 0x25}), "0xFFFF 0xABCD 0x25 \r\n");
+    EXPECT_EQ(text_of("Now: ", 5, 4, {1.5f, -2, 100, 0.00004f}), "Now: 1.5000 -2.0000 100.0000 0.0000 \r\n");
+    EXPECT_EQ(text_of("", 5, 0, {1}), "\r\n");
+    EXPECT_EQ(text_of("P: ", 6, 8, {255, 0, 1, 0xAA, 0x155, 0x80, 127, 511}), "P: 0xFF 0x0 0x1 0xAA\r\n"
+                                                                            "   0x55 0x80 0x7F 0xFF\r\n");
+    std::string stipple;
+    for (int line = 0; line < 32; ++line)
+        stipple += "0x0 0x0 0x0 0x0\r\n";
+    EXPECT_EQ(text_of("", 6, 128, {}), stipple);
+    EXPECT_EQ(text_of("Default Value: ", 7, 1, {1}), "Default Value: ");
+}
+
+TEST(EnumerantNames, FirstRowOfTheValueElseHexadecimalAndTheListRows)
+{
+    EXPECT_STREQ(enum_name(1, enumerant_room(), ENUMERANT_ROWS), "GL_LINES");
+    EXPECT_STREQ(enum_name(0x12345, enumerant_room(), ENUMERANT_ROWS), "0x12345");
+    EXPECT_STREQ(enum_name(-1, enumerant_room(), ENUMERANT_ROWS), "0xFFFFFFFF");
+    // The walk goes through spare room: a zero row answers for 0, with an empty name.
+    const enumerant_row spare[2] = {{5, "GL_FIVE"}, {0, ""}};
+    EXPECT_STREQ(enum_name(0, spare, 2), "");
+    EXPECT_STREQ(enum_name(0, spare, 1), "0x0000");
+
+    // The list: name, then hexadecimal and decimal of four digits at least.
+    char out[ENUM_LIST_TEXT_SIZE];
+    enumerant_list_text(&enumerant_table[0], out);
+    EXPECT_STREQ(out, "GL_2D - 0x0600, 1536");
+    const enumerant_row lines = {1, "GL_LINES"}, abgr = {0x8000, "GL_ABGR_EXT"};
+    enumerant_list_text(&lines, out);
+    EXPECT_STREQ(out, "GL_LINES - 0x0001, 0001");
+    enumerant_list_text(&abgr, out);
+    EXPECT_STREQ(out, "GL_ABGR_EXT - 0x8000, 32768");
+}
+
+// A context's pixel format in its two texts: the history's GLX-style line and the window's lines.
+per_gl &format(int32_t handle, uint8_t double_buffer, int32_t pixel_type, std::initializer_list<int32_t> color,
+               std::initializer_list<int32_t> accum, int32_t index, int32_t stencil, int32_t depth)
+{
+    static per_gl gl;
+    gl.handle = handle;
+    gl.direct_render = 0;
+    gl.double_buffer = double_buffer;
+    gl.stereo = 0;
+    gl.aux_buffers = 0;
+    gl.pixel_type = pixel_type;
+    std::copy(color.begin(), color.end(), gl.color_bits);
+    std::copy(accum.begin(), accum.end(), gl.accum_bits);
+    gl.index_bits = index;
+    gl.stencil_bits = stencil;
+    gl.depth_bits = depth;
+    return gl;
+}
+
+// The history's line then the window's lines of each format, as one text.
+TEST(PixelFormatTexts, EveryBufferInItsPlaceAndAccumulationForRgbaOnly)
+{
+    std::string text;
+    auto add = [&](const per_gl &gl) {
+        char visual[VISUAL_INFO_SIZE];
+        static char window[WINDOW_INFO_TEXT_SIZE];
+        visual_info_text(&gl, visual);
+        window_info_text(&gl, window);
+        text += std::string(visual) + "\n" + window + "\n";
+    };
+    add(format(1, 1, GL_RGBA, {8, 8, 8, 0}, {0, 0, 0, 0}, 0, 0, 24));
+    // An accumulation buffer with alpha bits alone still has its line.
+    per_gl &gl = format(1, 0, GL_RGBA, {5, 6, 5, 8}, {0, 0, 0, 16}, 0, 8, 16);
+    gl.stereo = 1;
+    gl.aux_buffers = 2;
+    add(gl);
+    add(format(1, 0, GL_COLOR_INDEX, {0, 0, 0, 0}, {8, 8, 8, 8}, 8, 0, 0));
+    EXPECT_EQ(text, expected_text("pixel_formats.txt"));
+
+    char window[WINDOW_INFO_TEXT_SIZE];
+    window_info_text(&format(0, 0, GL_RGBA, {8, 8, 8, 8}, {0, 0, 0, 0}, 0, 0, 0), window);
+    EXPECT_STREQ(window, ""); // no context
 }
 
 } // namespace

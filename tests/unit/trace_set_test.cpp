@@ -48,22 +48,9 @@ TEST(TraceSet, TracedFunctionsExecuteAndWriteOthersOnlyExecute)
     EXPECT_EQ(glsGetCaptureFlags(OP_glVertex3fv), 1u);
     EXPECT_EQ(glsGetCaptureFlags(OP_glClear), 3u);
     EXPECT_EQ(glsGetCaptureFlags(OP_glEnable), 3u);
-    EXPECT_EQ(glsGetError(), GLS_NONE);      // vendor rows without a command are not asked for
-}
+    EXPECT_EQ(glsGetError(), GLS_NONE); // vendor rows without a command are not asked for
 
-TEST(TraceSet, VertexArrayDataIsWrittenEvenWithNothingTraced)
-{
-    TraceSession session;
-    for (int row = 0; row < GL_CALL_COUNT; ++row)
-        session.proc->call_control[row].trace = 0;
-    apply_trace_set(&session.record);
-    EXPECT_EQ(glsGetCaptureFlags(OP_glsDrawVertexArray), 3u);
-    EXPECT_EQ(glsGetCaptureFlags(OP_glDrawArrays), 1u);
-}
-
-TEST(TraceSet, TheLaterSpellingOfAnOpcodeDecides)
-{
-    TraceSession session;
+    // The later spelling of an opcode decides.
     session.trace("glBindTexture", 0);
     apply_trace_set(&session.record);
     EXPECT_EQ(glsGetCaptureFlags(OP_glBindTexture), 3u); // glBindTextureEXT is still traced
@@ -71,6 +58,13 @@ TEST(TraceSet, TheLaterSpellingOfAnOpcodeDecides)
     session.trace("glBindTextureEXT", 0);
     apply_trace_set(&session.record);
     EXPECT_EQ(glsGetCaptureFlags(OP_glBindTexture), 1u);
+
+    // Vertex array data is written even with nothing traced.
+    for (int row = 0; row < GL_CALL_COUNT; ++row)
+        session.proc->call_control[row].trace = 0;
+    apply_trace_set(&session.record);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glsDrawVertexArray), 3u);
+    EXPECT_EQ(glsGetCaptureFlags(OP_glDrawArrays), 1u);
 }
 
 } // namespace
