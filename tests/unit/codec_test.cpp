@@ -227,34 +227,6 @@ TEST_F(Codec, MasksFitWhereverInTheBufferTheyStart)
     EXPECT_EQ(text(), expected);
 }
 
-TEST_F(Codec, FrameOpensAndClosesTheStream)
-{
-    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0));
-    EXPECT_EQ(written, "glsBeginGLS(1, 0);\n");  // flushed at once
-    dispatch_glEnd();
-    glsEndCapture();
-    EXPECT_EQ(written, "glsBeginGLS(1, 0);\nglEnd();\nglsEndGLS();\n");
-}
-
-// Every command writes a statement of its own name, whatever its arguments.
-TEST_F(Codec, EveryCommandWritesAStatementOfItsName)
-{
-    int commands = 0;
-    for (int op = 0; op < GLS_OPCODE_COUNT; ++op) {
-        if (!gls_opcode_exists(op))
-            continue;
-        ++commands;
-        capture();
-        ctx->captureFlags[op] = GLS_CAPTURE_WRITE_BIT;  // also the three the writer keeps for itself
-        gls_call_sample(op);
-        std::string statement = text();
-        std::string name = gls_opcode_names[op];
-        EXPECT_EQ(statement.compare(0, name.size() + 1, name + "("), 0) << statement;
-        EXPECT_EQ(statement.find(");\n"), statement.size() - 3) << "one statement: " << statement;
-    }
-    EXPECT_EQ(commands, 335);
-}
-
 // ---------------------------------------------------------------------------------------------
 // Capture flags, callbacks and the execute step
 
@@ -298,7 +270,10 @@ TEST_F(Execute, FlagsChooseExecuteWriteOrBoth)
 {
     // Flags, the mask cleared under them, and the real calls made so far.
     const struct { GLbitfield flags, mask; int clears; } steps[] = {
-        {1, 0x100, 1}, {2, 0x200, 1}, {3, 0x400, 2}, {0, 0x4000, 2}};
+        {1, 0x100, 2}, {2, 0x200, 2}, {3, 0x400, 3}, {0, 0x4000, 3}};
+    dispatch_glClear(0x4000);  // without a capture: straight to the real entry
+    EXPECT_EQ(fake_clears, 1);
+    EXPECT_EQ(written, "");
     capture();
     for (auto step : steps) {
         glsCaptureFlags(OP_glClear, step.flags);
@@ -308,13 +283,6 @@ TEST_F(Execute, FlagsChooseExecuteWriteOrBoth)
     EXPECT_EQ(fake_clear_mask, 0x400u);
     EXPECT_EQ(text(), "glClear(GL_ACCUM_BUFFER_BIT);\nglClear(GL_STENCIL_BUFFER_BIT);\n");
     EXPECT_EQ(ctx->directCallDepth, 0);
-}
-
-TEST_F(Execute, WithoutCaptureTheDispatchCallsTheRealEntry)
-{
-    dispatch_glClear(0x4000);
-    EXPECT_EQ(fake_clears, 1);
-    EXPECT_EQ(written, "");
 }
 
 std::vector<int> callback_log;
@@ -395,6 +363,15 @@ TEST_F(Codec, FailingWriterGivesOneIoErrorAndSwallowsTheRest)
     }
 }
 
+TEST_F(Codec, FrameOpensAndClosesTheStream)
+{
+    ASSERT_TRUE(glsBeginCapture((const GLubyte *)"", GLS_TEXT, 0));
+    EXPECT_EQ(written, "glsBeginGLS(1, 0);\n");  // flushed at once
+    dispatch_glEnd();
+    glsEndCapture();
+    EXPECT_EQ(written, "glsBeginGLS(1, 0);\nglEnd();\nglsEndGLS();\n");
+}
+
 TEST_F(Codec, NamedFilesTakeTheWritePrefixAndAppend)
 {
     std::string directory = make_directory();
@@ -466,18 +443,30 @@ Commands context_stream_commands(GlsContext *ctx, const char *name)
     return commands;
 }
 
-TEST_F(Codec, EveryCommandFitsItsDeclaredSizeInTheBinaryForms)
+// Every command writes a statement of its own name, whatever its arguments. In the binary forms
+// a size that does not match the items ends the process: reaching the end is the check.
+TEST_F(Codec, EveryCommandWritesItselfInEveryForm)
 {
-    // A size that does not match the items ends the process: reaching the end is the check.
-    for (GLSenum type : {GLS_BINARY_LSB_FIRST, GLS_BINARY_MSB_FIRST, GLS_CONTEXT}) {
-        ASSERT_TRUE(glsBeginCapture((const GLubyte *)(type == GLS_CONTEXT ? "all" : ""), type, 0));
+    for (GLSenum type : {GLS_TEXT, GLS_BINARY_LSB_FIRST, GLS_BINARY_MSB_FIRST, GLS_CONTEXT}) {
+        GLbitfield flags = type == GLS_TEXT ? GLS_WRITE_NO_FRAME : 0;
+        ASSERT_TRUE(glsBeginCapture((const GLubyte *)(type == GLS_CONTEXT ? "all" : ""), type, flags));
+        int commands = 0;
         for (int op = 0; op < GLS_OPCODE_COUNT; ++op) {
-            if (gls_opcode_exists(op)) {
-                ctx->captureFlags[op] = GLS_CAPTURE_WRITE_BIT;
-                gls_call_sample(op);
-            }
+            if (!gls_opcode_exists(op))
+                continue;
+            ++commands;
+            written.clear();
+            ctx->captureFlags[op] = GLS_CAPTURE_WRITE_BIT;  // also the three the writer keeps for itself
+            gls_call_sample(op);
+            glsFlush();
+            if (type != GLS_TEXT)
+                continue;
+            std::string name = gls_opcode_names[op];
+            EXPECT_EQ(written.compare(0, name.size() + 1, name + "("), 0) << written;
+            EXPECT_EQ(written.find(");\n"), written.size() - 3) << "one statement: " << written;
         }
         glsEndCapture();
+        EXPECT_EQ(commands, 335);
     }
     // All 335 and the frame, but the glsPad, which the parse leaves out.
     EXPECT_EQ(context_stream_commands(ctx, "all").size(), 335u + 2 - 1);
