@@ -1,9 +1,8 @@
 // Start values of the session records. Blocks come from the heap unzeroed, so every field that
 // has a start value is written here, field by field in layout order.
 #include "records/records.h"
-#include "gen/gl_enums.h"
 
-#include "records/records.h"
+#include "gen/gl_enums.h"
 
 #include <cstdio>
 #include <cstring>
